@@ -1,0 +1,25 @@
+# Settings every target of the project gets; nothing here is global.
+
+function(regvex_configure_target target)
+    target_compile_features(${target} PUBLIC cxx_std_20)
+    set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
+    target_compile_options(${target} PRIVATE
+        -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor
+        -Woverloaded-virtual -Wimplicit-fallthrough -Werror)
+    if(REGVEX_SANITIZE)
+        target_compile_options(${target} PRIVATE
+            -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+        target_link_options(${target} PUBLIC -fsanitize=address,undefined)
+    endif()
+    if(WIN32)
+        # The programs must run on a bare Windows: no mingw runtime DLLs beside them.
+        target_link_options(${target} PUBLIC -static -static-libgcc -static-libstdc++)
+    endif()
+endfunction()
+
+# Targets that include <windows.h>.
+function(regvex_configure_win32_target target)
+    regvex_configure_target(${target})
+    target_compile_definitions(${target} PRIVATE
+        UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601)
+endfunction()

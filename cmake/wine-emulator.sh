@@ -1,0 +1,15 @@
+#!/bin/sh
+# Runs a Windows test program under Wine. Tests never touch the user's own prefix:
+# scripts/test hands us a throwaway one in REGVEX_TEST_WINEPREFIX; without it we use a
+# prefix of our own under the temporary folder, made on first use.
+set -eu
+prefix=${REGVEX_TEST_WINEPREFIX:-${TMPDIR:-/tmp}/regvexlor-test-wineprefix-$(id -u)}
+export WINEPREFIX="$prefix"
+export WINEDEBUG="${WINEDEBUG:--all}"
+export WINEDLLOVERRIDES="${WINEDLLOVERRIDES:-mscoree,mshtml=}"
+if [ ! -f "$prefix/system.reg" ]; then
+    mkdir -p "$prefix"
+    # Two tests may start together on a fresh prefix; only one may boot it.
+    flock "$prefix/.boot-lock" sh -c '[ -f "$WINEPREFIX/system.reg" ] || wineboot -i >/dev/null 2>&1'
+fi
+exec wine "$@"

@@ -1,0 +1,66 @@
+#include "scan/finding_verdict.h"
+
+#include <array>
+
+#include "engine/file_reference.h"
+#include "text/upper_case.h"
+
+namespace regvex {
+
+namespace {
+
+constexpr std::array<std::string_view, 22> kKnownExtensions{
+    ".EXE", ".DLL", ".OCX", ".OCA", ".SYS", ".VXD", ".AX",  ".COM", ".CPL", ".TLB", ".SCR",
+    ".BAT", ".DRV", ".MSI", ".ZIP", ".RAR", ".HLP", ".LNK", ".JPG", ".BMP", ".PDF", ".TXT"};
+
+}  // namespace
+
+std::string FindingStatus(std::int32_t lFound) {
+    return lFound >= 0 && lFound <= 2 ? std::string(kInvalidEntry) : std::string();
+}
+
+bool HasKnownFileExtension(std::string_view path) {
+    for (const std::string_view extension : kKnownExtensions) {
+        if (path.ends_with(extension)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool IsIgnored(std::span<const std::string> ignore_entries, std::string_view path,
+               std::string_view key) {
+    if (ignore_entries.empty()) {
+        return false;
+    }
+    // Only the path and key are upper-cased: an entry with lower-case letters matches
+    // nothing. Entries are stored upper-cased, so in practice the match ignores case.
+    const std::string upper_path = text::UpperCase(path);
+    const std::string upper_key = text::UpperCase(key);
+    for (const std::string& entry : ignore_entries) {
+        if (upper_path.find(entry) != std::string::npos ||
+            upper_key.find(entry) != std::string::npos) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool IsListedFinding(const FindingRules& rules, const std::string& sKey,
+                     const std::string& sValue) {
+    const std::string path = ValidatePath(sValue, rules.scan_drive);
+    // "Rejected" is looked up too, as a file of that name in the current folder; it is
+    // never listed either way.
+    if (PathExists(*rules.files, path)) {
+        return false;
+    }
+    if (IsIgnored(rules.ignore_entries, path, sKey)) {
+        return false;
+    }
+    if (rules.safe_scan && !HasKnownFileExtension(path)) {
+        return false;
+    }
+    return path != kRejected;
+}
+
+}  // namespace regvex
