@@ -1,0 +1,139 @@
+#include "engine/file_reference.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "engine/drive_map.h"
+#include "engine/path_exists.h"
+#include "support/temp_folder.h"
+
+namespace regvex {
+namespace {
+
+TEST(ValidatePath, CutsOnePlainFilePathOrRejects) {
+    const struct {
+        const char* text;
+        const char* result;
+    } cases[] = {
+        {"C:\\Program Files\\App\\app.exe", "C:\\PROGRAM FILES\\APP\\APP.EXE"},
+        {"\"C:\\Program Files\\App\\app.exe\" /start", "C:\\PROGRAM FILES\\APP\\APP.EXE"},
+        {"C:\\App\\app.exe,0", "C:\\APP\\APP.EXE"},
+        {"C:\\App\\setup.exe %1", "C:\\APP\\SETUP.EXE"},
+        {"rundll32.exe C:\\Win\\shell32.dll,Control_RunDLL", "C:\\WIN\\SHELL32.DLL"},
+        {"C:\\Win\\rundll32.exe C:\\Win\\x.dll,Entry", "Rejected"},
+        {"C:\\App\\data.ini", "C:\\APP\\DATA.INI"},
+        {"C:\\App\\page.html", "Rejected"},
+        {"C:\\App\\", "Rejected"},
+        {"C:\\a.txt.exe", "Rejected"},
+        {"C:\\x\\y.dat:z", "Rejected"},
+        {"D:\\App\\app.exe", "Rejected"},
+        // Beyond the classic examples.
+        {"c:\\lower\\case.dll", "C:\\LOWER\\CASE.DLL"},
+        {"C:\\NoExtension", "Rejected"},
+        {"C:\\App\\x.ini %1", "Rejected"},       // the blank before %1 stays
+        {"C:\\App\\x.ini%1", "C:\\APP\\X.INI"},  // nothing is left of %1 without a blank
+        {"C:\\App\\a.exe -x=c.y", "Rejected"},   // a further dot after the cut
+        {"C:\\App\\a.exe /x", "C:\\APP\\A.EXE"},
+        {"C:\\App\\Sound.wav|2", "C:\\APP\\SOUND.WAV"},
+        {"C:\\App\\a.dll;C:\\App\\b.dll", "Rejected"},
+        {"@C:\\App\\res.dll,-101", "C:\\APP\\RES.DLL"},
+        {"C:\\\xC3\xA9t\xC3\xA9\\caf\xC3\xA9.exe", "C:\\\xC3\x89T\xC3\x89\\CAF\xC3\x89.EXE"},
+        {"C:\\a\\b.\xC3\xA9\xC3\xA9\xC3\xA9x", "Rejected"},  // extension of three letters, é é é
+        {"C:\\a\\b.\xC3\xA9\xC3\xA9\xC3\xA9", "C:\\A\\B.\xC3\x89\xC3\x89\xC3\x89"},
+        {"*", "Rejected"},
+        {"", "Rejected"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(ValidatePath(c.text, "C:\\"), c.result) << c.text;
+    }
+}
+
+TEST(ValidatePath, HelpersSplitTheWholeText) {
+    const struct {
+        const char* path;
+        const char* dir;
+        const char* title;
+        const char* ext;
+    } cases[] = {
+        {"C:\\A\\B.EXE", "C:\\A\\", "B", "EXE"},  {"C:\\A\\B.HTML", "C:\\A\\", "B", "HTM"},
+        {"C:\\A\\B", "C:\\A\\", "B", ""},         {"B.EXE", "", "B", "EXE"},
+        {"C:\\A.D\\B", "C:\\A.D\\", "A", "D\\B"},  // the last dot lies in a folder name
+        {"C:\\A\\B.", "C:\\A\\", "B", ""},        {"", "", "", ""},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(GetFileDir(c.path), c.dir) << c.path;
+        EXPECT_EQ(GetFileTitle(c.path), c.title) << c.path;
+        EXPECT_EQ(GetFileExt(c.path), c.ext) << c.path;
+    }
+}
+
+class CountingFiles final : public FileExistence {
+  public:
+    explicit CountingFiles(std::vector<int> answers) : answers_(std::move(answers)) {}
+    int PathFileExists(const std::string&) override { return answers_[calls++]; }
+    std::size_t calls = 0;
+
+  private:
+    std::vector<int> answers_;
+};
+
+TEST(PathExists, OnlyAnExactOneMeansPresentAndOtherAnswersAreAskedTwice) {
+    const struct {
+        std::vector<int> answers;
+        bool exists;
+        std::size_t calls;
+    } cases[] = {
+        {{1}, true, 1},
+        {{0, 1}, false, 2},
+        {{-1, 1}, false, 2},
+        {{2, 0}, false, 2},
+    };
+    for (const auto& c : cases) {
+        CountingFiles files(c.answers);
+        EXPECT_EQ(PathExists(files, "C:\\x"), c.exists);
+        EXPECT_EQ(files.calls, c.calls);
+    }
+}
+
+TEST(DriveMap, AnswersAsWindowsWouldForAMappedDrive) {
+    testing::TempFolder drive;
+    std::filesystem::create_directories(drive.path() / "Program Files" / "App");
+    std::ofstream(drive.path() / "Program Files" / "App" / "App.exe").put('x');
+    std::ofstream(drive.path() / "top.dll").put('x');
+
+    DriveMapFileExistence files;
+    files.Map('c', drive.path());
+    const struct {
+        const char* path;
+        int answer;
+    } cases[] = {
+        {"C:\\Program Files\\App\\App.exe", 1},
+        {"C:\\PROGRAM FILES\\APP\\APP.EXE", 1},
+        {"c:/program files/app/app.exe", 1},
+        {"C:\\Program Files\\\\App\\.\\App.exe", 1},
+        {"C:\\Program Files\\Other\\..\\App\\App.exe", 1},
+        {"C:\\..\\..\\top.dll", 1},  // ".." stops at the root
+        {"C:\\top.dll. . ", 1},      // trailing dots and blanks of the last name
+        {"C:\\Program Files\\App", 1},
+        {"C:\\Program Files\\App\\", 1},
+        {"C:\\", 1},
+        {"C:\\Program Files\\App\\missing.exe", 0},
+        {"C:\\top.dll\\App.exe", 0},  // a file is not a folder
+        {"C:\\Program Files \\App\\App.exe", 0},
+        {"C:\\Program Files\\App\\App.exe\"", 0},
+        {"C:\\Program Files\\App\\App*.exe", 0},
+        {"D:\\top.dll", 0},
+        {"Rejected", 0},
+        {"\\top.dll", 0},
+        {"C:top.dll", 0},
+        {"", 0},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(files.PathFileExists(c.path), c.answer) << c.path;
+    }
+}
+
+}  // namespace
+}  // namespace regvex

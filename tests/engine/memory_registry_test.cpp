@@ -1,0 +1,143 @@
+#include "engine/memory_registry.h"
+
+#include <gtest/gtest.h>
+
+#include "support/registry_fixtures.h"
+
+namespace regvex {
+namespace {
+
+using testing::PutKey;
+using testing::PutString;
+using testing::PutValue;
+using testing::SzBytes;
+
+std::vector<std::string> SubkeysOf(Registry& registry, RootKeyHandle root, std::string_view path) {
+    ScopedKey key;
+    EXPECT_EQ(ScopedKey::Open(registry, root, path, reg::kKeyRead, key), reg::kSuccess);
+    std::vector<std::string> names;
+    std::string name;
+    for (std::uint32_t i = 0; registry.EnumKey(key.get(), i, name) == reg::kSuccess; ++i) {
+        names.push_back(name);
+    }
+    return names;
+}
+
+TEST(MemoryRegistry, SubkeysEnumerateByUpperCasedNameValuesByCreation) {
+    MemoryRegistry registry;
+    for (const char* name : {"beta", "Alpha", "_under", "\xC3\xA9t\xC3\xA9", "zeta", "ALPHA\\x"}) {
+        PutKey(registry, kHkeyCurrentUser, std::string("K\\") + name);
+    }
+    EXPECT_EQ(SubkeysOf(registry, kHkeyCurrentUser, "K"),
+              (std::vector<std::string>{"Alpha", "beta", "zeta", "_under", "\xC3\xA9t\xC3\xA9"}));
+
+    PutString(registry, kHkeyCurrentUser, "K", "z", "1");
+    PutString(registry, kHkeyCurrentUser, "K", "a", "2");
+    PutString(registry, kHkeyCurrentUser, "K", "Z", "3");  // the same value as "z"
+    ScopedKey key;
+    ASSERT_EQ(ScopedKey::Open(registry, kHkeyCurrentUser, "k", reg::kKeyRead, key), 0);
+    ValueSlot slot;
+    std::vector<std::string> values;
+    for (std::uint32_t i = 0; registry.EnumValue(key.get(), i, slot) == reg::kSuccess; ++i) {
+        values.push_back(slot.name + "=" +
+                         std::string(slot.data.begin(), slot.data.begin() + slot.size - 1));
+    }
+    EXPECT_EQ(values, (std::vector<std::string>{"z=3", "a=2"}));
+}
+
+TEST(MemoryRegistry, AnswersWithTheResultCodesOfWindows) {
+    MemoryRegistry registry;
+    PutString(registry, kHkeyLocalMachine, "Soft\\Key", "v", "x");
+    PutKey(registry, kHkeyLocalMachine, std::string("Soft\\") + std::string(260, 'k'));
+    registry.DenyFullAccess(kHkeyLocalMachine, "Soft\\Key");
+
+    KeyHandle key = 0;
+    const struct {
+        const char* name;
+        RootKeyHandle root;
+        const char* path;
+        AccessMask access;
+        RegStatus status;
+    } opens[] = {
+        {"present", kHkeyLocalMachine, "SOFT", reg::kKeyAllAccess, reg::kSuccess},
+        {"trailing separator", kHkeyLocalMachine, "Soft\\", reg::kKeyRead, reg::kSuccess},
+        {"the root itself", kHkeyUsers, "", reg::kKeyAllAccess, reg::kSuccess},
+        {"missing", kHkeyLocalMachine, "Soft\\Nope", reg::kKeyRead, reg::kFileNotFound},
+        {"empty name inside", kHkeyLocalMachine, "Soft\\\\Key", reg::kKeyRead, reg::kFileNotFound},
+        {"no such root", kHkeyAll, "Soft", reg::kKeyRead, reg::kInvalidHandle},
+        {"denied, full", kHkeyLocalMachine, "Soft\\Key", reg::kKeyAllAccess, reg::kAccessDenied},
+        {"denied, full 64", kHkeyLocalMachine, "Soft\\Key", 0xF013F, reg::kAccessDenied},
+        {"denied, read", kHkeyLocalMachine, "Soft\\Key", reg::kKeyRead | reg::kKeyWow64_64Key,
+         reg::kSuccess},
+    };
+    for (const auto& c : opens) {
+        EXPECT_EQ(registry.OpenKey(c.root, c.path, c.access, key), c.status) << c.name;
+        if (key != 0) {
+            registry.CloseKey(key);
+        }
+    }
+
+    ASSERT_EQ(registry.OpenKey(kHkeyLocalMachine, "Soft", reg::kKeyRead, key), 0);
+    std::string name;
+    EXPECT_EQ(registry.EnumKey(key, 0, name), reg::kSuccess);   // "Key"
+    EXPECT_EQ(registry.EnumKey(key, 1, name), reg::kMoreData);  // 260 characters
+    EXPECT_EQ(registry.EnumKey(key, 2, name), reg::kNoMoreItems);
+    std::uint32_t type = 0;
+    std::vector<std::uint8_t> data;
+    EXPECT_EQ(registry.QueryValue(key, "v", type, data), reg::kFileNotFound);
+    EXPECT_EQ(registry.DeleteValue(key, "v"), reg::kFileNotFound);
+    registry.CloseKey(key);
+    EXPECT_EQ(registry.EnumKey(key, 0, name), reg::kInvalidHandle);
+    EXPECT_EQ(registry.CloseKey(key), reg::kInvalidHandle);
+    EXPECT_EQ(registry.OpenHandleCount(), 0u);
+}
+
+TEST(MemoryRegistry, DataLimitIsTheScanBufferAndNamesCountUtf16Units) {
+    MemoryRegistry registry;
+    PutValue(registry, kHkeyCurrentUser, "K", "fits", reg::kBinary,
+             std::vector<std::uint8_t>(4096, 1));
+    PutValue(registry, kHkeyCurrentUser, "K", "over", reg::kBinary,
+             std::vector<std::uint8_t>(4097, 1));
+    // 130 characters outside the BMP are 260 UTF-16 units: too long.
+    std::string wide_name;
+    for (int i = 0; i < 130; ++i) {
+        wide_name += "\xF0\x9F\x98\x80";
+    }
+    PutString(registry, kHkeyCurrentUser, "L", wide_name, "x");
+
+    ScopedKey key;
+    ASSERT_EQ(ScopedKey::Open(registry, kHkeyCurrentUser, "K", reg::kKeyRead, key), 0);
+    ValueSlot slot;
+    EXPECT_EQ(registry.EnumValue(key.get(), 0, slot), reg::kSuccess);
+    EXPECT_EQ(slot.size, 4096u);
+    EXPECT_EQ(registry.EnumValue(key.get(), 1, slot), reg::kMoreData);
+    // The whole data is still there for anyone who asks with a larger buffer.
+    std::uint32_t type = 0;
+    std::vector<std::uint8_t> data;
+    EXPECT_EQ(registry.QueryValue(key.get(), "OVER", type, data), reg::kSuccess);
+    EXPECT_EQ(data.size(), 4097u);
+
+    ASSERT_EQ(ScopedKey::Open(registry, kHkeyCurrentUser, "L", reg::kKeyRead, key), 0);
+    EXPECT_EQ(registry.EnumValue(key.get(), 0, slot), reg::kMoreData);
+}
+
+TEST(MemoryRegistry, CreateMakesParentsAndDeletingATreeInvalidatesItsHandles) {
+    MemoryRegistry registry;
+    ScopedKey deep;
+    ASSERT_EQ(ScopedKey::Create(registry, kHkeyCurrentUser, "A\\B\\C", reg::kKeyAllAccess, deep),
+              0);
+    EXPECT_EQ(SubkeysOf(registry, kHkeyCurrentUser, "A\\B"), std::vector<std::string>{"C"});
+
+    EXPECT_EQ(registry.DeleteKeyTree(kHkeyCurrentUser, "a"), reg::kSuccess);
+    std::string name;
+    EXPECT_EQ(registry.EnumKey(deep.get(), 0, name), reg::kKeyDeleted);
+    EXPECT_EQ(registry.SetValue(deep.get(), "v", reg::kSz, SzBytes("x")), reg::kKeyDeleted);
+    deep.Close();
+    EXPECT_EQ(registry.OpenHandleCount(), 0u);
+    EXPECT_TRUE(SubkeysOf(registry, kHkeyCurrentUser, "").empty());
+    EXPECT_EQ(registry.DeleteKeyTree(kHkeyCurrentUser, ""), reg::kAccessDenied);
+    EXPECT_EQ(registry.DeleteKeyTree(kHkeyCurrentUser, "gone"), reg::kFileNotFound);
+}
+
+}  // namespace
+}  // namespace regvex

@@ -1,0 +1,114 @@
+#pragma once
+// Stand-ins for the owner of a search: a host whose yields can be scripted, an event
+// sink that records what arrives, and a registry that fails when told to.
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "engine/reg_search.h"
+
+namespace regvex::testing {
+
+// Thrown by the host where the real program would end its process.
+struct ProcessEnded {};
+
+class ScriptedHost final : public SearchHost {
+  public:
+    void SetProgressMax(int max) override { progress_max = max; }
+    int ProgressValue() const override { return progress; }
+    void SetProgressValue(int value) override {
+        progress = value;
+        progress_history.push_back(value);
+    }
+    void SetCurrentKey(const std::string& full_key_name) override {
+        current_keys.push_back(full_key_name);
+    }
+    void Yield() override {
+        ++yields;
+        if (auto action = at_yield.find(yields); action != at_yield.end()) {
+            action->second();
+        }
+    }
+    void EndProcess() override { throw ProcessEnded{}; }
+
+    int progress_max = 0;
+    int progress = 0;
+    std::vector<int> progress_history;
+    std::vector<std::string> current_keys;
+    int yields = 0;
+    std::map<int, std::function<void()>> at_yield;  // by yield number, from 1
+};
+
+struct FoundEvent {
+    std::string root;
+    std::string key;
+    std::string value;
+    std::int32_t found = 0;
+    bool operator==(const FoundEvent&) const = default;
+};
+
+class RecordingEvents final : public SearchEvents {
+  public:
+    void SearchFound(const std::string& sRootKey, const std::string& sKey,
+                     const std::string& sValue, std::int32_t lFound) override {
+        found.push_back({sRootKey, sKey, sValue, lFound});
+        if (on_found) {
+            on_found(found.back());
+        }
+    }
+    void SearchFinished(std::int32_t lReason) override { finished.push_back(lReason); }
+
+    std::vector<FoundEvent> found;
+    std::vector<std::int32_t> finished;
+    std::function<void(const FoundEvent&)> on_found;
+};
+
+// Passes every call to a real registry, except that the chosen enumeration throws.
+class FaultyRegistry final : public Registry {
+  public:
+    explicit FaultyRegistry(Registry& inner) : inner_(inner) {}
+
+    std::function<void(std::uint32_t index)> on_enum_key;
+    std::function<void(std::uint32_t index)> on_enum_value;
+
+    RegStatus OpenKey(RootKeyHandle root, std::string_view path, AccessMask access,
+                      KeyHandle& key) override {
+        return inner_.OpenKey(root, path, access, key);
+    }
+    RegStatus CreateKey(RootKeyHandle root, std::string_view path, AccessMask access,
+                        KeyHandle& key) override {
+        return inner_.CreateKey(root, path, access, key);
+    }
+    RegStatus CloseKey(KeyHandle key) override { return inner_.CloseKey(key); }
+    RegStatus EnumKey(KeyHandle key, std::uint32_t index, std::string& name) override {
+        if (on_enum_key) {
+            on_enum_key(index);
+        }
+        return inner_.EnumKey(key, index, name);
+    }
+    RegStatus EnumValue(KeyHandle key, std::uint32_t index, ValueSlot& value) override {
+        if (on_enum_value) {
+            on_enum_value(index);
+        }
+        return inner_.EnumValue(key, index, value);
+    }
+    RegStatus QueryValue(KeyHandle key, std::string_view name, std::uint32_t& type,
+                         std::vector<std::uint8_t>& data) override {
+        return inner_.QueryValue(key, name, type, data);
+    }
+    RegStatus SetValue(KeyHandle key, std::string_view name, std::uint32_t type,
+                       std::span<const std::uint8_t> data) override {
+        return inner_.SetValue(key, name, type, data);
+    }
+    RegStatus DeleteValue(KeyHandle key, std::string_view name) override {
+        return inner_.DeleteValue(key, name);
+    }
+
+  private:
+    Registry& inner_;
+};
+
+}  // namespace regvex::testing
