@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "text/upper_case.h"
+#include "text/utf8_path.h"
 
 namespace regvex {
 
@@ -78,7 +79,7 @@ bool DriveMapFileExistence::IsMapped(char drive) const {
 
 const DriveMapFileExistence::Listing& DriveMapFileExistence::ListingOf(
     const std::filesystem::path& folder) {
-    const std::string key = folder.string();
+    const std::string key = text::Utf8FromPath(folder);
     if (auto hit = cache_index_.find(key); hit != cache_index_.end()) {
         cache_.splice(cache_.begin(), cache_, hit->second);
         return hit->second->second;
@@ -87,7 +88,7 @@ const DriveMapFileExistence::Listing& DriveMapFileExistence::ListingOf(
     std::error_code error;
     for (std::filesystem::directory_iterator it(folder, error), end; !error && it != end;
          it.increment(error)) {
-        const std::string name = it->path().filename().string();
+        const std::string name = text::Utf8FromPath(it->path().filename());
         std::error_code type_error;
         // First one wins when a Linux folder holds names that differ only by case.
         listing.emplace(text::UpperCase(name), Entry{name, it->is_directory(type_error)});
@@ -127,7 +128,7 @@ int DriveMapFileExistence::PathFileExists(const std::string& path) {
         if (entry == nullptr || (i + 1 < components.size() && !entry->is_directory)) {
             return 0;
         }
-        current /= entry->name;
+        current /= text::PathFromUtf8(entry->name);
     }
     std::error_code error;
     return std::filesystem::exists(current, error) ? 1 : 0;

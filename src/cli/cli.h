@@ -1,0 +1,21 @@
+#pragma once
+// The command-line front end: regvexlor-cli <command> [options].
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "cli/cli_platform.h"
+
+namespace regvex::cli {
+
+inline constexpr int kExitOk = 0;
+inline constexpr int kExitScanFailed = 1;
+inline constexpr int kExitUsage = 2;
+
+// `args` without the program name. Findings go to `out`; counts, progress and messages
+// to `err`.
+int RunCli(const std::vector<std::string>& args, std::ostream& out, std::ostream& err,
+           CliPlatform& platform);
+
+}  // namespace regvex::cli

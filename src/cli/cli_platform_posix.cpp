@@ -1,0 +1,37 @@
+#include <unistd.h>
+
+#include "cli/cli_platform.h"
+
+namespace regvex::cli {
+
+namespace {
+
+class PosixPlatform final : public CliPlatform {
+public:
+    std::unique_ptr<Registry> OpenLiveRegistry(std::string& why_not) override {
+        why_not =
+            "this system has no registry of its own; scan registry exports with "
+            "--registry FILE.reg";
+        return nullptr;
+    }
+    std::unique_ptr<FileExistence> SystemFiles() override { return nullptr; }
+    const text::AnsiCodePage& AnsiCodePage() override { return code_page_; }
+    // No 64-bit registry view to ask for: the files are the whole registry.
+    AccessMask KeyAccessMask() override { return reg::kKeyAllAccess; }
+    bool StderrIsTerminal() override { return isatty(STDERR_FILENO) != 0; }
+
+private:
+    text::Windows1252CodePage code_page_;
+};
+
+}  // namespace
+
+std::unique_ptr<CliPlatform> MakeSystemPlatform() { return std::make_unique<PosixPlatform>(); }
+
+std::vector<std::string> Utf8Arguments(int argc, char** argv) {
+    return std::vector<std::string>(argv + 1, argv + argc);
+}
+
+void PrepareConsole() {}
+
+}  // namespace regvex::cli

@@ -1,0 +1,61 @@
+#include <windows.h>
+
+#include <io.h>
+#include <shellapi.h>
+
+#include <cstdio>
+
+#include "cli/cli_platform.h"
+#include "engine/file_existence_win32.h"
+#include "engine/win32_registry_win32.h"
+#include "system/system_info_win32.h"
+#include "system/system_version.h"
+#include "text/ansi_code_page_win32.h"
+#include "text/wide_text_win32.h"
+
+namespace regvex::cli {
+
+namespace {
+
+class Win32Platform final : public CliPlatform {
+public:
+    std::unique_ptr<Registry> OpenLiveRegistry(std::string&) override {
+        return std::make_unique<Win32Registry>();
+    }
+    std::unique_ptr<FileExistence> SystemFiles() override {
+        return std::make_unique<Win32FileExistence>();
+    }
+    const text::AnsiCodePage& AnsiCodePage() override { return code_page_; }
+    AccessMask KeyAccessMask() override {
+        Win32SystemInfo system;
+        return KeyMasksFor(Is64BitWindows(system)).KeyAccessMask;
+    }
+    bool StderrIsTerminal() override { return _isatty(_fileno(stderr)) != 0; }
+
+private:
+    text::SystemAnsiCodePage code_page_;
+};
+
+struct LocalFreeDeleter {
+    void operator()(LPWSTR* p) const { LocalFree(p); }
+};
+
+}  // namespace
+
+std::unique_ptr<CliPlatform> MakeSystemPlatform() { return std::make_unique<Win32Platform>(); }
+
+std::vector<std::string> Utf8Arguments(int, char**) {
+    // The narrow argv of Windows is in the ANSI code page; the wide command line holds
+    // every character the user typed.
+    int count = 0;
+    std::unique_ptr<LPWSTR, LocalFreeDeleter> wide(CommandLineToArgvW(GetCommandLineW(), &count));
+    std::vector<std::string> args;
+    for (int i = 1; wide && i < count; ++i) {
+        args.push_back(text::FromWide(wide.get()[i]));
+    }
+    return args;
+}
+
+void PrepareConsole() { SetConsoleOutputCP(CP_UTF8); }
+
+}  // namespace regvex::cli

@@ -1,0 +1,222 @@
+#include "cli/scan_command.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+
+#include "backup/reg_file_reader.h"
+#include "cli/cli.h"
+#include "cli/progress_line.h"
+#include "engine/drive_map.h"
+#include "engine/memory_registry.h"
+#include "engine/reg_search.h"
+#include "scan/finding_verdict.h"
+#include "text/utf8_path.h"
+
+namespace regvex::cli {
+
+namespace {
+
+bool IsDriveLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
+
+char UpperDrive(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+
+// "C", "C:", "C:\" or "C:/", either case.
+bool ParseDrive(const std::string& text, char& drive) {
+    if (text.empty() || !IsDriveLetter(text[0]) || text.size() > 3) {
+        return false;
+    }
+    if (text.size() >= 2 && text[1] != ':') {
+        return false;
+    }
+    if (text.size() == 3 && text[2] != '\\' && text[2] != '/') {
+        return false;
+    }
+    drive = UpperDrive(text[0]);
+    return true;
+}
+
+// Fields are tab-separated on one line: tabs and line breaks inside them become blanks.
+std::string OneLineField(const std::string& text) {
+    std::string field = text;
+    for (char& c : field) {
+        if (c == '\t' || c == '\r' || c == '\n') {
+            c = ' ';
+        }
+    }
+    return field;
+}
+
+class CliSearchHost final : public SearchHost {
+public:
+    explicit CliSearchHost(ProgressLine& progress) : progress_(progress) {}
+    void SetProgressMax(int) override {}
+    int ProgressValue() const override { return progress_value_; }
+    void SetProgressValue(int value) override { progress_value_ = value; }
+    void SetCurrentKey(const std::string& full_key_name) override {
+        progress_.KeyVisited(full_key_name);
+    }
+    void Yield() override {}
+    void EndProcess() override { std::exit(kExitScanFailed); }
+
+private:
+    ProgressLine& progress_;
+    int progress_value_ = 0;
+};
+
+class CliScanEvents final : public SearchEvents {
+public:
+    CliScanEvents(const FindingRules& rules, std::ostream& out, ProgressLine& progress)
+        : rules_(rules), out_(out), progress_(progress) {}
+
+    void SearchFound(const std::string& sRootKey, const std::string& sKey,
+                     const std::string& sValue, std::int32_t lFound) override {
+        if (!IsListedFinding(rules_, sKey, sValue)) {
+            return;
+        }
+        out_ << FindingStatus(lFound) << '\t' << sRootKey << '\t' << OneLineField(sKey) << '\t'
+             << OneLineField(sValue) << '\n';
+        ++count_;
+        progress_.FindingListed();
+    }
+    void SearchFinished(std::int32_t lReason) override { reason_ = lReason; }
+
+    std::size_t count() const { return count_; }
+    std::int32_t reason() const { return reason_; }
+
+private:
+    const FindingRules& rules_;
+    std::ostream& out_;
+    ProgressLine& progress_;
+    std::size_t count_ = 0;
+    std::int32_t reason_ = 0;
+};
+
+std::unique_ptr<Registry> LoadRegistry(const ScanOptions& options, std::ostream& err,
+                                       CliPlatform& platform) {
+    if (options.registry_files.empty()) {
+        std::string why_not;
+        auto live = platform.OpenLiveRegistry(why_not);
+        if (!live) {
+            err << "regvexlor-cli: " << why_not << "\n";
+        }
+        return live;
+    }
+    auto registry = std::make_unique<MemoryRegistry>();
+    for (const std::string& file : options.registry_files) {
+        const auto error = ImportRegFile(text::PathFromUtf8(file), *registry,
+                                         platform.AnsiCodePage());
+        if (error) {
+            err << "regvexlor-cli: " << file;
+            if (error->line != 0) {
+                err << ":" << error->line;
+            }
+            err << ": " << error->message << "\n";
+            return nullptr;
+        }
+    }
+    return registry;
+}
+
+std::unique_ptr<FileExistence> ChooseFiles(const ScanOptions& options, std::ostream& err,
+                                           CliPlatform& platform) {
+    const char drive = options.scan_drive[0];
+    auto map = std::make_unique<DriveMapFileExistence>();
+    for (const auto& [letter, folder] : options.drive_folders) {
+        std::error_code error;
+        if (!std::filesystem::is_directory(text::PathFromUtf8(folder), error)) {
+            err << "regvexlor-cli: --map " << letter << ": \"" << folder
+                << "\" is not a folder\n";
+            return nullptr;
+        }
+        map->Map(letter, text::PathFromUtf8(folder));
+    }
+    if (map->IsMapped(drive)) {
+        return map;
+    }
+    auto system = platform.SystemFiles();
+    if (!system) {
+        err << "regvexlor-cli: nothing here stands for drive " << drive
+            << ": -- give the folder that does with --map " << drive << ":=DIR\n";
+    }
+    return system;
+}
+
+}  // namespace
+
+bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options,
+                      std::string& error) {
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        const std::string& option = args[i];
+        if (option != "--drive" && option != "--registry" && option != "--map") {
+            error = "unknown option \"" + option + "\"";
+            return false;
+        }
+        if (i + 1 >= args.size()) {
+            error = option + " needs a value";
+            return false;
+        }
+        const std::string& value = args[++i];
+        if (option == "--drive") {
+            char drive = 0;
+            if (!ParseDrive(value, drive)) {
+                error = "--drive takes a drive letter such as C:, not \"" + value + "\"";
+                return false;
+            }
+            options.scan_drive = std::string(1, drive) + ":\\";
+        } else if (option == "--registry") {
+            options.registry_files.push_back(value);
+        } else {
+            const std::size_t equals = value.find('=');
+            char drive = 0;
+            if (equals == std::string::npos || !ParseDrive(value.substr(0, equals), drive) ||
+                equals + 1 == value.size()) {
+                error = "--map takes a drive and a folder such as C:=/mnt/windows, not \"" +
+                        value + "\"";
+                return false;
+            }
+            options.drive_folders.emplace_back(drive, value.substr(equals + 1));
+        }
+    }
+    if (options.scan_drive.empty()) {
+        error = "scan needs --drive";
+        return false;
+    }
+    return true;
+}
+
+int RunScan(const ScanOptions& options, std::ostream& out, std::ostream& err,
+            CliPlatform& platform) {
+    auto registry = LoadRegistry(options, err, platform);
+    if (!registry) {
+        return kExitUsage;
+    }
+    auto files = ChooseFiles(options, err, platform);
+    if (!files) {
+        return kExitUsage;
+    }
+
+    // The scan as the program runs it: every root, value names and data, the extension
+    // filter off.
+    const FindingRules rules{options.scan_drive, files.get(), {}, false};
+    ProgressLine progress(err, platform.StderrIsTerminal());
+    CliSearchHost host(progress);
+    CliScanEvents events(rules, out, progress);
+    cRegSearch search(*registry, host, events, platform.KeyAccessMask());
+    search.RootKey(kHkeyAll);
+    search.SubKey("");
+    search.SearchFlags(search_flags::kValueNames | search_flags::kValueData);
+    search.SearchString(options.scan_drive);
+    search.DoSearch();
+    out.flush();
+
+    progress.Clear();
+    err << events.count() << " errors found\n";
+    if (events.reason() != 0) {
+        err << "regvexlor-cli: the scan ended early with error " << events.reason() << "\n";
+        return kExitScanFailed;
+    }
+    return kExitOk;
+}
+
+}  // namespace regvex::cli

@@ -1,0 +1,144 @@
+#include "cli/cli.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "engine/memory_registry.h"
+#include "support/registry_fixtures.h"
+#include "support/temp_folder.h"
+
+namespace regvex::cli {
+namespace {
+
+const std::string kFixtures = std::string(REGVEX_FIXTURES_DIR) + "/cli";
+
+std::string ReadFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+// A system without a registry or drives of its own, as Linux is; or, when given one,
+// a system whose live registry is `live` and whose files all exist.
+class FakePlatform final : public CliPlatform {
+public:
+    std::unique_ptr<Registry> OpenLiveRegistry(std::string& why_not) override {
+        why_not = "no live registry here";
+        return nullptr;
+    }
+    std::unique_ptr<FileExistence> SystemFiles() override { return nullptr; }
+    const text::AnsiCodePage& AnsiCodePage() override { return code_page_; }
+    AccessMask KeyAccessMask() override { return reg::kKeyAllAccess; }
+    bool StderrIsTerminal() override { return false; }
+
+private:
+    text::Windows1252CodePage code_page_;
+};
+
+struct CliRun {
+    int exit_code;
+    std::string out;
+    std::string err;
+};
+
+CliRun RunWith(const std::vector<std::string>& args) {
+    FakePlatform platform;
+    std::ostringstream out;
+    std::ostringstream err;
+    const int exit_code = RunCli(args, out, err, platform);
+    return {exit_code, out.str(), err.str()};
+}
+
+TEST(Cli, ScanListsExactlyTheMissingFilesOfTheFixtureInOrder) {
+    const CliRun run = RunWith({"scan", "--drive", "c:", "--registry", kFixtures + "/scan_examples.reg",
+                             "--map", "C:=" + kFixtures + "/drive_c"});
+    EXPECT_EQ(run.exit_code, kExitOk) << run.err;
+    EXPECT_EQ(run.out, ReadFile(kFixtures + "/scan_examples.expected"));
+    EXPECT_EQ(run.err, "12 errors found\n");
+}
+
+TEST(Cli, LaterRegistryFilesApplyOnTopOfEarlierOnes) {
+    testing::TempFolder folder;
+    const std::string second = (folder.path() / "second.reg").string();
+    std::ofstream(second, std::ios::binary)
+        << "REGEDIT4\r\n\r\n[HKEY_CURRENT_USER\\Software\\Vexlor Fixture]\r\n"
+           "\"Plain\"=-\r\n\"Added\"=\"C:\\\\added.exe\"\r\n\r\n"
+           "[-HKEY_CURRENT_USER\\Software\\Vexlor Fixture\\Deeper]\r\n";
+    const CliRun run = RunWith({"scan", "--drive", "C", "--registry",
+                             kFixtures + "/scan_examples.reg", "--registry", second, "--map",
+                             "c=" + kFixtures + "/drive_c"});
+    EXPECT_EQ(run.exit_code, kExitOk) << run.err;
+    EXPECT_EQ(run.out.find("\\Plain\t"), std::string::npos);
+    EXPECT_EQ(run.out.find("Deeper"), std::string::npos);
+    EXPECT_NE(run.out.find("Vexlor Fixture\\Added\tC:\\added.exe\n"), std::string::npos);
+    EXPECT_EQ(run.err, "11 errors found\n");
+}
+
+TEST(Cli, FieldsStayOnOneLine) {
+    testing::TempFolder folder;
+    const std::string file = (folder.path() / "tabs.reg").string();
+    std::ofstream(file, std::ios::binary)
+        << "Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CURRENT_USER\\K]\r\n"
+           "\"v\"=\"C:\\\\a.exe\\n\tnext\"\r\n";
+    const CliRun run = RunWith({"scan", "--drive", "C:", "--registry", file, "--map",
+                             "C:=" + folder.path().string()});
+    EXPECT_EQ(run.out, "Invalid Entry\tHKEY_CURRENT_USER\tK\\v\tC:\\a.exe  next\n");
+}
+
+TEST(Cli, BadInvocationsExplainThemselvesAndExitWithTwo) {
+    const std::string reg = kFixtures + "/scan_examples.reg";
+    const std::string map = "C:=" + kFixtures + "/drive_c";
+    const struct {
+        std::vector<std::string> args;
+        const char* message;
+    } cases[] = {
+        {{}, "usage: regvexlor-cli scan"},
+        {{"clean"}, "unknown command \"clean\""},
+        {{"scan"}, "scan needs --drive"},
+        {{"scan", "--drive"}, "--drive needs a value"},
+        {{"scan", "--drive", "CD"}, "--drive takes a drive letter"},
+        {{"scan", "--drive", "1:"}, "--drive takes a drive letter"},
+        {{"scan", "--drive", "C:", "--fast"}, "unknown option \"--fast\""},
+        {{"scan", "--drive", "C:", "--map", "C:"}, "--map takes a drive and a folder"},
+        {{"scan", "--drive", "C:", "--map", "C:="}, "--map takes a drive and a folder"},
+        {{"scan", "--drive", "C:", "--registry", reg}, "give the folder that does with --map C:="},
+        {{"scan", "--drive", "C:", "--registry", reg, "--map", "D:=" + kFixtures},
+         "give the folder that does with --map C:="},
+        {{"scan", "--drive", "C:", "--registry", reg, "--map", "C:=/no/such/folder"},
+         "\"/no/such/folder\" is not a folder"},
+        {{"scan", "--drive", "C:", "--map", map}, "no live registry here"},
+        {{"scan", "--drive", "C:", "--registry", "/no/such.reg", "--map", map}, "/no/such.reg: "},
+        {{"scan", "--drive", "C:", "--registry", kFixtures + "/drive_c/Present/Here.exe", "--map",
+          map},
+         "Here.exe"},
+    };
+    for (const auto& c : cases) {
+        const CliRun run = RunWith(c.args);
+        EXPECT_EQ(run.exit_code, kExitUsage) << c.message;
+        EXPECT_NE(run.err.find(c.message), std::string::npos) << run.err;
+        EXPECT_EQ(run.out, "") << c.message;
+    }
+}
+
+TEST(Cli, MalformedRegistryFileNamesTheLine) {
+    testing::TempFolder folder;
+    const std::string file = (folder.path() / "broken.reg").string();
+    std::ofstream(file, std::ios::binary) << "REGEDIT4\r\n\r\n[HKEY_CURRENT_USER\\K]\r\n"
+                                             "\"v\"=dword:xyz\r\n";
+    const CliRun run = RunWith({"scan", "--drive", "C:", "--registry", file, "--map",
+                             "C:=" + folder.path().string()});
+    EXPECT_EQ(run.exit_code, kExitUsage);
+    EXPECT_NE(run.err.find("broken.reg:4: "), std::string::npos) << run.err;
+}
+
+TEST(Cli, HelpGoesToStandardOutput) {
+    const CliRun run = RunWith({"--help"});
+    EXPECT_EQ(run.exit_code, kExitOk);
+    EXPECT_NE(run.out.find("usage:"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace regvex::cli
