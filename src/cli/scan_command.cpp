@@ -56,7 +56,7 @@ public:
     void SetCurrentKey(const std::string& full_key_name) override {
         progress_.KeyVisited(full_key_name);
     }
-    void Yield() override {}
+    void DoEvents() override {}
     void EndProcess() override { std::exit(kExitScanFailed); }
 
 private:

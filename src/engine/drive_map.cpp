@@ -109,7 +109,7 @@ const DriveMapFileExistence::Entry* DriveMapFileExistence::Find(const std::files
     return it == listing.end() ? nullptr : &it->second;
 }
 
-int DriveMapFileExistence::PathFileExists(const std::string& path) {
+int DriveMapFileExistence::Check(const std::string& path) {
     // Only absolute paths on a drive: "X:\..." or "X:/...".
     if (path.size() < 3 || path[1] != ':' || !IsSeparator(path[2])) {
         return 0;

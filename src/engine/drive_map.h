@@ -26,7 +26,7 @@ class DriveMapFileExistence final : public FileExistence {
     void Map(char drive, std::filesystem::path folder);
     bool IsMapped(char drive) const;
 
-    int PathFileExists(const std::string& path) override;
+    int Check(const std::string& path) override;
 
   private:
     struct Entry {

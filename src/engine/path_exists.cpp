@@ -3,10 +3,10 @@
 namespace regvex {
 
 bool PathExists(FileExistence& files, const std::string& path) {
-    if (files.PathFileExists(path) == 1) {
+    if (files.Check(path) == 1) {
         return true;
     }
-    files.PathFileExists(path);
+    files.Check(path);
     return false;
 }
 

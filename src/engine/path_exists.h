@@ -10,7 +10,7 @@ class FileExistence {
   public:
     virtual ~FileExistence() = default;
     // The platform's own answer (PathFileExists): 1 when the file or folder exists.
-    virtual int PathFileExists(const std::string& path) = 0;
+    virtual int Check(const std::string& path) = 0;
 };
 
 // True only when the platform answers exactly 1. Any other first answer is asked once

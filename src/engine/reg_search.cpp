@@ -88,7 +88,7 @@ void cRegSearch::SearchKeys(RootKeyHandle root, const std::string& path) {
     try {
         // The key stays open while its subkeys are walked: one handle per level.
         for (std::uint32_t index = 0;;) {
-            host_.Yield();
+            host_.DoEvents();
             if (close_request_) {
                 host_.EndProcess();
             }

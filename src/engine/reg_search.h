@@ -13,7 +13,7 @@
 namespace regvex {
 
 // What the walk drives in its owner's window. The Windows program shows these on its
-// progress bar and current-key label and pumps its messages in Yield; the command line
+// progress bar and current-key label and pumps its messages in DoEvents; the command line
 // draws a progress line; tests script what happens at a given yield.
 class SearchHost {
   public:
@@ -23,7 +23,7 @@ class SearchHost {
     virtual void SetProgressValue(int value) = 0;
     virtual void SetCurrentKey(const std::string& full_key_name) = 0;
     // Lets the owner handle whatever is pending; StopSearch and CloseProgram arrive here.
-    virtual void Yield() = 0;
+    virtual void DoEvents() = 0;
     // Ends the whole process at once. Must not return.
     virtual void EndProcess() = 0;
 };

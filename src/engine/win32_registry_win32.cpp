@@ -1,2 +1,207 @@
-// Placeholder: being written.
+#include "engine/win32_registry_win32.h"
+
 #include <windows.h>
+
+#include <cstring>
+
+#include "text/wide_text_win32.h"
+
+namespace regvex {
+
+namespace {
+
+// The predefined handles are negative 32-bit numbers that the system sign-extends on
+// 64-bit Windows; only its own macros spell them right on both.
+HKEY PredefinedKey(RootKeyHandle root) {
+    switch (root) {
+        case kHkeyClassesRoot:
+            return HKEY_CLASSES_ROOT;
+        case kHkeyCurrentUser:
+            return HKEY_CURRENT_USER;
+        case kHkeyLocalMachine:
+            return HKEY_LOCAL_MACHINE;
+        case kHkeyUsers:
+            return HKEY_USERS;
+        case kHkeyPerformanceData:
+            return HKEY_PERFORMANCE_DATA;
+        case kHkeyCurrentConfig:
+            return HKEY_CURRENT_CONFIG;
+        case kHkeyDynData:
+            return HKEY_DYN_DATA;
+        default:
+            return nullptr;
+    }
+}
+
+HKEY ToHkey(KeyHandle key) {
+    return reinterpret_cast<HKEY>(key);
+}
+
+KeyHandle ToKeyHandle(HKEY key) {
+    return reinterpret_cast<KeyHandle>(key);
+}
+
+RegStatus Status(LSTATUS status) {
+    return static_cast<RegStatus>(status);
+}
+
+// Text data as UTF-16 bytes to UTF-8 bytes. A stray odd byte at the end is no part of any
+// character and is dropped.
+std::string WideBytesToUtf8(const wchar_t* data, std::size_t bytes) {
+    return text::FromWide(std::wstring_view(data, bytes / sizeof(wchar_t)));
+}
+
+std::wstring Utf8BytesToWide(std::span<const std::uint8_t> data) {
+    return text::ToWide(std::string_view(reinterpret_cast<const char*>(data.data()), data.size()));
+}
+
+}  // namespace
+
+RegStatus Win32Registry::OpenKey(RootKeyHandle root, std::string_view path, AccessMask access,
+                                 KeyHandle& key) {
+    key = 0;
+    const HKEY parent = PredefinedKey(root);
+    if (parent == nullptr) {
+        return reg::kInvalidHandle;
+    }
+    HKEY opened = nullptr;
+    const LSTATUS status =
+        RegOpenKeyExW(parent, text::ToWide(path).c_str(), 0, static_cast<REGSAM>(access), &opened);
+    if (status != ERROR_SUCCESS) {
+        return Status(status);
+    }
+    key = ToKeyHandle(opened);
+    return reg::kSuccess;
+}
+
+RegStatus Win32Registry::CreateKey(RootKeyHandle root, std::string_view path, AccessMask access,
+                                   KeyHandle& key) {
+    key = 0;
+    const HKEY parent = PredefinedKey(root);
+    if (parent == nullptr) {
+        return reg::kInvalidHandle;
+    }
+    HKEY opened = nullptr;
+    const LSTATUS status =
+        RegCreateKeyExW(parent, text::ToWide(path).c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
+                        static_cast<REGSAM>(access), nullptr, &opened, nullptr);
+    if (status != ERROR_SUCCESS) {
+        return Status(status);
+    }
+    key = ToKeyHandle(opened);
+    return reg::kSuccess;
+}
+
+RegStatus Win32Registry::CloseKey(KeyHandle key) {
+    if (key == 0) {
+        return reg::kInvalidHandle;
+    }
+    return Status(RegCloseKey(ToHkey(key)));
+}
+
+RegStatus Win32Registry::EnumKey(KeyHandle key, std::uint32_t index, std::string& name) {
+    if (key == 0) {
+        return reg::kInvalidHandle;
+    }
+    DWORD length = static_cast<DWORD>(name_buffer_.size());
+    const LSTATUS status = RegEnumKeyExW(ToHkey(key), index, name_buffer_.data(), &length, nullptr,
+                                         nullptr, nullptr, nullptr);
+    if (status != ERROR_SUCCESS) {
+        return Status(status);
+    }
+    name = text::FromWide(std::wstring_view(name_buffer_.data(), length));
+    return reg::kSuccess;
+}
+
+RegStatus Win32Registry::EnumValue(KeyHandle key, std::uint32_t index, ValueSlot& value) {
+    if (key == 0) {
+        return reg::kInvalidHandle;
+    }
+    DWORD name_length = static_cast<DWORD>(name_buffer_.size());
+    DWORD type = REG_NONE;
+    DWORD size = static_cast<DWORD>(sizeof(data_buffer_));
+    const LSTATUS status =
+        RegEnumValueW(ToHkey(key), index, name_buffer_.data(), &name_length, nullptr, &type,
+                      reinterpret_cast<BYTE*>(data_buffer_.data()), &size);
+    if (status != ERROR_SUCCESS) {
+        return Status(status);
+    }
+    if (reg::IsTextType(type)) {
+        const std::string utf8 = WideBytesToUtf8(data_buffer_.data(), size);
+        if (utf8.size() > value.data.size()) {
+            return reg::kMoreData;
+        }
+        std::memcpy(value.data.data(), utf8.data(), utf8.size());
+        value.size = static_cast<std::uint32_t>(utf8.size());
+    } else {
+        if (size > value.data.size()) {
+            return reg::kMoreData;
+        }
+        std::memcpy(value.data.data(), data_buffer_.data(), size);
+        value.size = static_cast<std::uint32_t>(size);
+    }
+    value.name = text::FromWide(std::wstring_view(name_buffer_.data(), name_length));
+    value.type = static_cast<std::uint32_t>(type);
+    return reg::kSuccess;
+}
+
+RegStatus Win32Registry::QueryValue(KeyHandle key, std::string_view name, std::uint32_t& type,
+                                    std::vector<std::uint8_t>& data) {
+    if (key == 0) {
+        return reg::kInvalidHandle;
+    }
+    const std::wstring wide_name = text::ToWide(name);
+    DWORD value_type = REG_NONE;
+    DWORD size = 0;
+    LSTATUS status =
+        RegQueryValueExW(ToHkey(key), wide_name.c_str(), nullptr, &value_type, nullptr, &size);
+    if (status != ERROR_SUCCESS) {
+        return Status(status);
+    }
+    // Whole wide units keep the buffer aligned for the text types; the value can also
+    // grow between asking for its size and reading it, so the read is asked again then.
+    std::vector<wchar_t> buffer;
+    do {
+        buffer.assign(size / sizeof(wchar_t) + 1, L'\0');
+        size = static_cast<DWORD>(buffer.size() * sizeof(wchar_t));
+        status = RegQueryValueExW(ToHkey(key), wide_name.c_str(), nullptr, &value_type,
+                                  reinterpret_cast<BYTE*>(buffer.data()), &size);
+    } while (status == ERROR_MORE_DATA);
+    if (status != ERROR_SUCCESS) {
+        return Status(status);
+    }
+    type = static_cast<std::uint32_t>(value_type);
+    if (reg::IsTextType(value_type)) {
+        const std::string utf8 = WideBytesToUtf8(buffer.data(), size);
+        data.assign(utf8.begin(), utf8.end());
+    } else {
+        const auto* bytes = reinterpret_cast<const std::uint8_t*>(buffer.data());
+        data.assign(bytes, bytes + size);
+    }
+    return reg::kSuccess;
+}
+
+RegStatus Win32Registry::SetValue(KeyHandle key, std::string_view name, std::uint32_t type,
+                                  std::span<const std::uint8_t> data) {
+    if (key == 0) {
+        return reg::kInvalidHandle;
+    }
+    const std::wstring wide_name = text::ToWide(name);
+    if (reg::IsTextType(type)) {
+        const std::wstring wide = Utf8BytesToWide(data);
+        return Status(RegSetValueExW(ToHkey(key), wide_name.c_str(), 0, type,
+                                     reinterpret_cast<const BYTE*>(wide.data()),
+                                     static_cast<DWORD>(wide.size() * sizeof(wchar_t))));
+    }
+    return Status(RegSetValueExW(ToHkey(key), wide_name.c_str(), 0, type, data.data(),
+                                 static_cast<DWORD>(data.size())));
+}
+
+RegStatus Win32Registry::DeleteValue(KeyHandle key, std::string_view name) {
+    if (key == 0) {
+        return reg::kInvalidHandle;
+    }
+    return Status(RegDeleteValueW(ToHkey(key), text::ToWide(name).c_str()));
+}
+
+}  // namespace regvex

@@ -1,2 +1,36 @@
-// Placeholder: being written.
+#include "system/process_win32.h"
+
 #include <windows.h>
+
+#include <string>
+
+#include "system/unique_handle_win32.h"
+#include "text/wide_text_win32.h"
+
+namespace regvex {
+
+std::uint32_t Win32ProcessLauncher::RunAndWait(const std::string& command_line) {
+    // CreateProcessW may write into the command line, so it gets a copy of its own.
+    std::wstring writable = text::ToWide(command_line);
+    STARTUPINFOW startup{};
+    startup.cb = sizeof(startup);
+    PROCESS_INFORMATION info{};
+    // No application name: the system finds the program from the first word of the
+    // command line and searches the path for it, as a user typing it would expect.
+    if (!CreateProcessW(nullptr, writable.data(), nullptr, nullptr, TRUE, NORMAL_PRIORITY_CLASS,
+                        nullptr, nullptr, &startup, &info)) {
+        return 0;
+    }
+    // Declared in this order so that the thread handle is closed before the process handle.
+    const UniqueHandle process(info.hProcess);
+    const UniqueHandle thread(info.hThread);
+
+    WaitForSingleObject(process.get(), INFINITE);
+    DWORD exit_code = 0;
+    if (!GetExitCodeProcess(process.get(), &exit_code)) {
+        return 0;
+    }
+    return exit_code;
+}
+
+}  // namespace regvex

@@ -72,7 +72,7 @@ TEST(ValidatePath, HelpersSplitTheWholeText) {
 class CountingFiles final : public FileExistence {
   public:
     explicit CountingFiles(std::vector<int> answers) : answers_(std::move(answers)) {}
-    int PathFileExists(const std::string&) override { return answers_[calls++]; }
+    int Check(const std::string&) override { return answers_[calls++]; }
     std::size_t calls = 0;
 
   private:
@@ -131,7 +131,7 @@ TEST(DriveMap, AnswersAsWindowsWouldForAMappedDrive) {
         {"", 0},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(files.PathFileExists(c.path), c.answer) << c.path;
+        EXPECT_EQ(files.Check(c.path), c.answer) << c.path;
     }
 }
 

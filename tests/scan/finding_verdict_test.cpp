@@ -12,7 +12,7 @@ namespace {
 class SetOfFiles final : public FileExistence {
   public:
     explicit SetOfFiles(std::set<std::string> present) : present_(std::move(present)) {}
-    int PathFileExists(const std::string& path) override {
+    int Check(const std::string& path) override {
         asked.push_back(path);
         return present_.count(path) != 0 ? 1 : 0;
     }

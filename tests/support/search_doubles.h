@@ -26,7 +26,7 @@ class ScriptedHost final : public SearchHost {
     void SetCurrentKey(const std::string& full_key_name) override {
         current_keys.push_back(full_key_name);
     }
-    void Yield() override {
+    void DoEvents() override {
         ++yields;
         if (auto action = at_yield.find(yields); action != at_yield.end()) {
             action->second();

@@ -1,0 +1,151 @@
+// One whole scan as the program runs it: every root of Wine's registry walked through
+// Win32Registry, every match judged against the real C: drive. Only the rows under this
+// test's own key are checked; whatever else the prefix holds is left to Wine.
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "engine/file_existence_win32.h"
+#include "engine/reg_search.h"
+#include "engine/win32_registry_win32.h"
+#include "scan/finding_verdict.h"
+#include "system/system_info_win32.h"
+#include "test_support_win32.h"
+
+namespace regvex {
+namespace {
+
+using namespace std::string_literals;
+
+class QuietHost final : public SearchHost {
+  public:
+    void SetProgressMax(int) override {}
+    int ProgressValue() const override { return value_; }
+    void SetProgressValue(int value) override { value_ = value; }
+    void SetCurrentKey(const std::string&) override {}
+    void DoEvents() override {}
+    void EndProcess() override { std::abort(); }
+
+  private:
+    int value_ = 0;
+};
+
+struct Row {
+    std::string root;
+    std::string key;
+    std::string value;
+    bool operator==(const Row&) const = default;
+};
+
+void PrintTo(const Row& row, std::ostream* out) {
+    *out << "{" << row.root << ", " << row.key << ", " << row.value << "}";
+}
+
+class ListingEvents final : public SearchEvents {
+  public:
+    explicit ListingEvents(const FindingRules& rules) : rules_(rules) {}
+
+    void SearchFound(const std::string& sRootKey, const std::string& sKey,
+                     const std::string& sValue, std::int32_t) override {
+        if (IsListedFinding(rules_, sKey, sValue)) {
+            rows.push_back(Row{sRootKey, sKey, sValue});
+        }
+    }
+    void SearchFinished(std::int32_t lReason) override { reason = lReason; }
+
+    std::vector<Row> rows;
+    std::int32_t reason = -1;
+
+  private:
+    const FindingRules& rules_;
+};
+
+TEST(FullScan, ListsExactlyTheMissingFilesThatTheTestKeyNames) {
+    testing::TempFolder folder;
+    const std::string& f = folder.path();
+    if (f.find('.') != std::string::npos) {
+        GTEST_SKIP() << "a dot in the temporary folder's path changes how the paths are cut: " << f;
+    }
+    const std::string foreign = "Dossier \xC3\xA9\xE4\xB8\xAD";  // Dossier é中
+    folder.MakeFolder(foreign);
+    folder.MakeFile("present.exe");
+    folder.MakeFile("present.dll");
+    folder.MakeFile(foreign + "\\present.exe");
+    // missing.exe, gone.dll and absent.exe are never made.
+
+    testing::TestKey test_key;
+    Win32Registry registry;
+    // Wine enumerates values sorted by name, Windows in creation order: the values are
+    // created in name order so that both give the rows in the same order.
+    const struct {
+        std::string subkey;
+        std::string name;
+        std::uint32_t type;
+        std::string data;
+    } values[] = {
+        {"", "icon", reg::kSz, f + "\\gone.dll,0\0"s},
+        {"", "icon-present", reg::kSz, f + "\\present.dll,-101\0"s},
+        {"", "quoted", reg::kSz, "\"" + f + "\\missing.exe\" /s\0"s},
+        {"", "quoted-present", reg::kSz, "\"" + f + "\\present.exe\" /s\0"s},
+        {"A-Shell\\open\\command", "", reg::kSz, f + "\\missing.exe \"%1\"\0"s},
+        {"A-Shell\\open\\command", "rundll", reg::kSz,
+         "rundll32.exe " + f + "\\gone.dll,Control_RunDLL\0"s},
+        {"B-Deeper\\Still", f + "\\missing.exe", reg::kDword, "\x01\x00\x00\x00"s},
+        {"B-Deeper\\Still", "dotted", reg::kSz, f + "\\missing.exe.bak\0"s},
+        {"B-Deeper\\Still", "elsewhere", reg::kSz, "D:\\missing.exe\0"s},
+        {"B-Deeper\\Still", "expand", reg::kExpandSz, f + "\\missing.exe\0"s},
+        {"B-Deeper\\Still", "foreign", reg::kSz, f + "\\" + foreign + "\\absent.exe\0"s},
+        {"B-Deeper\\Still", "foreign-present", reg::kSz, f + "\\" + foreign + "\\present.exe\0"s},
+        {"B-Deeper\\Still", "multi", reg::kMultiSz, f + "\\gone.dll\0second\0\0"s},
+    };
+    for (const auto& v : values) {
+        ScopedKey key;
+        const std::string path = v.subkey.empty() ? test_key.path() : test_key.Below(v.subkey);
+        ASSERT_EQ(ScopedKey::Create(registry, kHkeyCurrentUser, path, reg::kKeyAllAccess, key),
+                  reg::kSuccess);
+        ASSERT_EQ(registry.SetValue(key.get(), v.name, v.type,
+                                    std::vector<std::uint8_t>(v.data.begin(), v.data.end())),
+                  reg::kSuccess);
+    }
+
+    Win32SystemInfo system;
+    Win32FileExistence files;
+    const FindingRules rules{"C:\\", &files, {}, false};
+    QuietHost host;
+    ListingEvents events(rules);
+    cRegSearch search(registry, host, events, KeyMasksFor(Is64BitWindows(system)).KeyAccessMask);
+    search.RootKey(kHkeyAll);
+    search.SubKey("");
+    search.SearchFlags(search_flags::kValueNames | search_flags::kValueData);
+    search.SearchString("C:\\");
+    search.DoSearch();
+    EXPECT_EQ(events.reason, 0);
+
+    const std::string k = test_key.path() + "\\";
+    std::vector<Row> ours;
+    for (const Row& row : events.rows) {
+        if (row.root == "HKEY_CURRENT_USER" && row.key.starts_with(k)) {
+            ours.push_back(row);
+        }
+    }
+    const std::string user = "HKEY_CURRENT_USER";
+    const std::vector<Row> expected{
+        {user, k + "icon", f + "\\gone.dll,0"},
+        {user, k + "quoted", "\"" + f + "\\missing.exe\" /s"},
+        {user, k + "A-Shell\\open\\command\\", f + "\\missing.exe \"%1\""},
+        {user, k + "A-Shell\\open\\command\\rundll",
+         "rundll32.exe " + f + "\\gone.dll,Control_RunDLL"},
+        {user, k + "B-Deeper\\Still\\foreign", f + "\\" + foreign + "\\absent.exe"},
+        {user, k + "B-Deeper\\Still\\multi", f + "\\gone.dll"},
+    };
+    EXPECT_EQ(ours, expected);
+}
+
+}  // namespace
+}  // namespace regvex
