@@ -7,6 +7,7 @@
 #include "backup/reg_file_reader.h"
 #include "cli/cli.h"
 #include "cli/progress_line.h"
+#include "engine/caching_file_existence.h"
 #include "engine/drive_map.h"
 #include "engine/memory_registry.h"
 #include "engine/reg_search.h"
@@ -17,9 +18,13 @@ namespace regvex::cli {
 
 namespace {
 
-bool IsDriveLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
+bool IsDriveLetter(char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
 
-char UpperDrive(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+char UpperDrive(char c) {
+    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
 
 // "C", "C:", "C:\" or "C:/", either case.
 bool ParseDrive(const std::string& text, char& drive) {
@@ -37,8 +42,8 @@ bool ParseDrive(const std::string& text, char& drive) {
 }
 
 // Fields are tab-separated on one line: tabs and line breaks inside them become blanks.
-std::string OneLineField(const std::string& text) {
-    std::string field = text;
+std::string OneLineField(std::string_view text) {
+    std::string field(text);
     for (char& c : field) {
         if (c == '\t' || c == '\r' || c == '\n') {
             c = ' ';
@@ -48,7 +53,7 @@ std::string OneLineField(const std::string& text) {
 }
 
 class CliSearchHost final : public SearchHost {
-public:
+  public:
     explicit CliSearchHost(ProgressLine& progress) : progress_(progress) {}
     void SetProgressMax(int) override {}
     int ProgressValue() const override { return progress_value_; }
@@ -59,18 +64,18 @@ public:
     void DoEvents() override {}
     void EndProcess() override { std::exit(kExitScanFailed); }
 
-private:
+  private:
     ProgressLine& progress_;
     int progress_value_ = 0;
 };
 
 class CliScanEvents final : public SearchEvents {
-public:
+  public:
     CliScanEvents(const FindingRules& rules, std::ostream& out, ProgressLine& progress)
         : rules_(rules), out_(out), progress_(progress) {}
 
-    void SearchFound(const std::string& sRootKey, const std::string& sKey,
-                     const std::string& sValue, std::int32_t lFound) override {
+    void SearchFound(std::string_view sRootKey, std::string_view sKey, std::string_view sValue,
+                     std::int32_t lFound) override {
         if (!IsListedFinding(rules_, sKey, sValue)) {
             return;
         }
@@ -84,7 +89,7 @@ public:
     std::size_t count() const { return count_; }
     std::int32_t reason() const { return reason_; }
 
-private:
+  private:
     const FindingRules& rules_;
     std::ostream& out_;
     ProgressLine& progress_;
@@ -104,8 +109,8 @@ std::unique_ptr<Registry> LoadRegistry(const ScanOptions& options, std::ostream&
     }
     auto registry = std::make_unique<MemoryRegistry>();
     for (const std::string& file : options.registry_files) {
-        const auto error = ImportRegFile(text::PathFromUtf8(file), *registry,
-                                         platform.AnsiCodePage());
+        const auto error =
+            ImportRegFile(text::PathFromUtf8(file), *registry, platform.AnsiCodePage());
         if (error) {
             err << "regvexlor-cli: " << file;
             if (error->line != 0) {
@@ -125,8 +130,7 @@ std::unique_ptr<FileExistence> ChooseFiles(const ScanOptions& options, std::ostr
     for (const auto& [letter, folder] : options.drive_folders) {
         std::error_code error;
         if (!std::filesystem::is_directory(text::PathFromUtf8(folder), error)) {
-            err << "regvexlor-cli: --map " << letter << ": \"" << folder
-                << "\" is not a folder\n";
+            err << "regvexlor-cli: --map " << letter << ": \"" << folder << "\" is not a folder\n";
             return nullptr;
         }
         map->Map(letter, text::PathFromUtf8(folder));
@@ -171,8 +175,8 @@ bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options
             char drive = 0;
             if (equals == std::string::npos || !ParseDrive(value.substr(0, equals), drive) ||
                 equals + 1 == value.size()) {
-                error = "--map takes a drive and a folder such as C:=/mnt/windows, not \"" +
-                        value + "\"";
+                error = "--map takes a drive and a folder such as C:=/mnt/windows, not \"" + value +
+                        "\"";
                 return false;
             }
             options.drive_folders.emplace_back(drive, value.substr(equals + 1));
@@ -198,7 +202,8 @@ int RunScan(const ScanOptions& options, std::ostream& out, std::ostream& err,
 
     // The scan as the program runs it: every root, value names and data, the extension
     // filter off.
-    const FindingRules rules{options.scan_drive, files.get(), {}, false};
+    CachingFileExistence answers(*files);
+    const FindingRules rules{options.scan_drive, &answers, {}, false};
     ProgressLine progress(err, platform.StderrIsTerminal());
     CliSearchHost host(progress);
     CliScanEvents events(rules, out, progress);

@@ -1,9 +1,8 @@
 #include "engine/drive_map.h"
 
-#include <string_view>
 #include <system_error>
-#include <vector>
 
+#include "text/char_set.h"
 #include "text/upper_case.h"
 #include "text/utf8_path.h"
 
@@ -19,46 +18,46 @@ bool IsSeparator(char c) {
     return c == '\\' || c == '/';
 }
 
-// Characters Windows refuses in a file name.
+// Characters Windows refuses in a file name, besides the control characters.
+constexpr text::CharSet kInvalidInNames("<>:\"|?*");
+
 bool HasInvalidCharacter(std::string_view name) {
     for (const char c : name) {
-        if (static_cast<unsigned char>(c) < 0x20 ||
-            std::string_view("<>:\"|?*").find(c) != std::string_view::npos) {
+        if (static_cast<unsigned char>(c) < 0x20 || kInvalidInNames.Contains(c)) {
             return true;
         }
     }
     return false;
 }
 
-// The components below the drive root after Windows' own normalisation, or false when
-// the path names nothing a file could be.
-bool NormalisedComponents(std::string_view rest, std::vector<std::string>& components) {
+// Appends the names below the drive root of `rest` to `normal` ("\name" each) after
+// Windows' own normalisation; false when the path names nothing a file could be.
+bool AppendNormalised(std::string_view rest, std::string& normal) {
+    const std::size_t root_length = normal.size();
     std::size_t start = 0;
     while (start <= rest.size()) {
         std::size_t end = start;
         while (end < rest.size() && !IsSeparator(rest[end])) {
             ++end;
         }
-        std::string name(rest.substr(start, end - start));
-        const bool last = end >= rest.size();
-        if (last) {
-            // Trailing dots and blanks of the last component do not count.
+        std::string_view name = rest.substr(start, end - start);
+        if (end >= rest.size() && name != "." && name != "..") {
+            // Trailing dots and blanks of the last name do not count.
             while (!name.empty() && (name.back() == '.' || name.back() == ' ')) {
-                if (name == "." || name == "..") {
-                    break;
-                }
-                name.pop_back();
+                name.remove_suffix(1);
             }
         }
         if (name == "..") {
-            if (!components.empty()) {
-                components.pop_back();
+            const std::size_t last = normal.rfind('\\');
+            if (last != std::string::npos && last >= root_length) {
+                normal.resize(last);
             }
         } else if (!name.empty() && name != ".") {
             if (HasInvalidCharacter(name)) {
                 return false;
             }
-            components.push_back(std::move(name));
+            normal.push_back('\\');
+            normal.append(name);
         }
         start = end + 1;
     }
@@ -69,69 +68,81 @@ bool NormalisedComponents(std::string_view rest, std::vector<std::string>& compo
 
 void DriveMapFileExistence::Map(char drive, std::filesystem::path folder) {
     drives_[DriveKey(drive)] = std::move(folder);
-    cache_.clear();
-    cache_index_.clear();
+    folders_.clear();
 }
 
 bool DriveMapFileExistence::IsMapped(char drive) const {
     return drives_.count(DriveKey(drive)) != 0;
 }
 
-const DriveMapFileExistence::Listing& DriveMapFileExistence::ListingOf(
-    const std::filesystem::path& folder) {
-    const std::string key = text::Utf8FromPath(folder);
-    if (auto hit = cache_index_.find(key); hit != cache_index_.end()) {
-        cache_.splice(cache_.begin(), cache_, hit->second);
-        return hit->second->second;
-    }
-    Listing listing;
+const DriveMapFileExistence::Folder* DriveMapFileExistence::Remember(const std::string& upper_path,
+                                                                     std::filesystem::path real) {
     std::error_code error;
-    for (std::filesystem::directory_iterator it(folder, error), end; !error && it != end;
+    if (!std::filesystem::is_directory(real, error)) {
+        return nullptr;
+    }
+    if (folders_.size() >= kCachedFolders) {
+        folders_.clear();
+    }
+    Folder& folder = folders_[upper_path];
+    folder.real = std::move(real);
+    for (std::filesystem::directory_iterator it(folder.real, error), end; !error && it != end;
          it.increment(error)) {
-        const std::string name = text::Utf8FromPath(it->path().filename());
+        std::string name = text::Utf8FromPath(it->path().filename());
+        std::string upper = text::UpperCase(name);
         std::error_code type_error;
-        // First one wins when a Linux folder holds names that differ only by case.
-        listing.emplace(text::UpperCase(name), Entry{name, it->is_directory(type_error)});
+        Entry entry{it->is_directory(type_error), {}};
+        if (entry.is_directory) {
+            entry.name = std::move(name);
+        }
+        // When a Linux folder holds names that differ only in case, the first one wins.
+        folder.entries.emplace(std::move(upper), std::move(entry));
     }
-    cache_.emplace_front(key, std::move(listing));
-    cache_index_[key] = cache_.begin();
-    if (cache_.size() > kCachedDirectories) {
-        cache_index_.erase(cache_.back().first);
-        cache_.pop_back();
-    }
-    return cache_.front().second;
+    return &folder;
 }
 
-const DriveMapFileExistence::Entry* DriveMapFileExistence::Find(const std::filesystem::path& folder,
-                                                                const std::string& name) {
-    const Listing& listing = ListingOf(folder);
-    auto it = listing.find(text::UpperCase(name));
-    return it == listing.end() ? nullptr : &it->second;
+const DriveMapFileExistence::Folder* DriveMapFileExistence::FolderAt(std::string_view upper_path) {
+    if (auto known = folders_.find(upper_path); known != folders_.end()) {
+        return &known->second;
+    }
+    const std::size_t slash = upper_path.rfind('\\');
+    if (slash == std::string_view::npos) {
+        // The drive itself, "C:".
+        auto drive = drives_.find(upper_path[0]);
+        return drive == drives_.end() ? nullptr : Remember(std::string(upper_path), drive->second);
+    }
+    const Folder* parent = FolderAt(upper_path.substr(0, slash));
+    if (parent == nullptr) {
+        return nullptr;
+    }
+    auto entry = parent->entries.find(upper_path.substr(slash + 1));
+    if (entry == parent->entries.end() || !entry->second.is_directory) {
+        return nullptr;
+    }
+    // Copied before Remember, which may drop every folder it knows, this parent included.
+    std::filesystem::path real = parent->real / text::PathFromUtf8(entry->second.name);
+    return Remember(std::string(upper_path), std::move(real));
 }
 
 int DriveMapFileExistence::Check(const std::string& path) {
-    // Only absolute paths on a drive: "X:\..." or "X:/...".
-    if (path.size() < 3 || path[1] != ':' || !IsSeparator(path[2])) {
+    // Only absolute paths on a mapped drive: "X:\..." or "X:/...".
+    if (path.size() < 3 || path[1] != ':' || !IsSeparator(path[2]) || !IsMapped(path[0])) {
         return 0;
     }
-    auto drive = drives_.find(DriveKey(path[0]));
-    if (drive == drives_.end()) {
+    raw_.assign({DriveKey(path[0]), ':'});
+    if (!AppendNormalised(std::string_view(path).substr(3), raw_)) {
         return 0;
     }
-    std::vector<std::string> components;
-    if (!NormalisedComponents(std::string_view(path).substr(3), components)) {
+    text::UpperCaseInto(raw_, normal_);
+    const std::size_t slash = normal_.rfind('\\');
+    if (slash == std::string::npos) {
+        return FolderAt(normal_) != nullptr ? 1 : 0;
+    }
+    const Folder* folder = FolderAt(std::string_view(normal_).substr(0, slash));
+    if (folder == nullptr) {
         return 0;
     }
-    std::filesystem::path current = drive->second;
-    for (std::size_t i = 0; i < components.size(); ++i) {
-        const Entry* entry = Find(current, components[i]);
-        if (entry == nullptr || (i + 1 < components.size() && !entry->is_directory)) {
-            return 0;
-        }
-        current /= text::PathFromUtf8(entry->name);
-    }
-    std::error_code error;
-    return std::filesystem::exists(current, error) ? 1 : 0;
+    return folder->entries.contains(std::string_view(normal_).substr(slash + 1)) ? 1 : 0;
 }
 
 }  // namespace regvex

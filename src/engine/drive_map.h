@@ -1,15 +1,19 @@
 #pragma once
 // Answers the existence test from folders that stand in for drives ("C:" -> a folder),
-// the way Windows would answer it: every component of a path is matched without regard
-// to case, separators may repeat, "." and ".." are resolved by name, and trailing dots
-// and blanks of the last component are ignored. Paths that are not absolute paths on a
-// mapped drive do not exist.
+// the way Windows would answer it: every name of a path is matched without regard to
+// case, separators may repeat, "." and ".." are resolved by name, and trailing dots and
+// blanks of the last name are ignored. Paths that are not absolute paths on a mapped
+// drive do not exist.
+//
+// Folder listings are read once and kept for the life of the object, which is meant to
+// last one scan: files created or removed meanwhile may go unnoticed.
 
 #include <cstddef>
 #include <filesystem>
-#include <list>
+#include <functional>
 #include <map>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 
 #include "engine/path_exists.h"
@@ -18,9 +22,9 @@ namespace regvex {
 
 class DriveMapFileExistence final : public FileExistence {
   public:
-    // Directory listings are cached for speed; at most this many are kept, so memory
-    // stays bounded however many paths are asked about.
-    static constexpr std::size_t kCachedDirectories = 512;
+    // At most this many folder listings are kept; beyond that they are read afresh, so
+    // memory stays bounded however many paths are asked about.
+    static constexpr std::size_t kCachedFolders = 4096;
 
     // `drive` is a letter, either case.
     void Map(char drive, std::filesystem::path folder);
@@ -30,19 +34,33 @@ class DriveMapFileExistence final : public FileExistence {
 
   private:
     struct Entry {
-        std::string name;  // the name on disk
         bool is_directory = false;
+        std::string name;  // as on disk; kept for folders only, the only ones gone into
     };
-    using Listing = std::unordered_map<std::string, Entry>;  // by upper-cased name
+    // Looked up by string_view without making a string of it first.
+    struct TextHash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view text) const {
+            return std::hash<std::string_view>{}(text);
+        }
+    };
+    template <typename T>
+    using TextMap = std::unordered_map<std::string, T, TextHash, std::equal_to<>>;
 
-    // The entry named `name` (any case) in `folder`, or null.
-    const Entry* Find(const std::filesystem::path& folder, const std::string& name);
-    const Listing& ListingOf(const std::filesystem::path& folder);
+    struct Folder {
+        std::filesystem::path real;
+        TextMap<Entry> entries;  // by upper-cased name
+    };
+
+    // The folder that a normalised, upper-cased Windows folder path such as
+    // "C:\PROGRAM FILES" stands for, or null when there is none.
+    const Folder* FolderAt(std::string_view upper_path);
+    const Folder* Remember(const std::string& upper_path, std::filesystem::path real);
 
     std::map<char, std::filesystem::path> drives_;
-    std::list<std::pair<std::string, Listing>> cache_;  // most recently used first
-    std::unordered_map<std::string, std::list<std::pair<std::string, Listing>>::iterator>
-        cache_index_;
+    TextMap<Folder> folders_;
+    std::string raw_;
+    std::string normal_;
 };
 
 }  // namespace regvex

@@ -1,7 +1,9 @@
 #include "engine/file_reference.h"
 
+#include <algorithm>
 #include <array>
 
+#include "text/char_set.h"
 #include "text/upper_case.h"
 #include "text/utf8.h"
 
@@ -14,31 +16,73 @@ constexpr std::array<std::string_view, 22> kCutExtensions{
     ".SYS", ".EXE", ".DLL", ".OCX", ".OCA", ".VXD", ".AX",  ".COM", ".CPL", ".TLB", ".SCR",
     ".BAT", ".DRV", ".MSI", ".ZIP", ".RAR", ".HLP", ".LNK", ".JPG", ".BMP", ".PDF", ".TXT"};
 
-constexpr std::string_view kCutCharacters = "/*?<>|,(;";
+constexpr text::CharSet kCutCharacters("/*?<>|,(;");
 
 }  // namespace
 
-std::string GetFileDir(std::string_view path) {
+namespace {
+
+std::string_view FileDir(std::string_view path) {
     const std::size_t slash = path.rfind('\\');
-    return slash == std::string_view::npos ? std::string() : std::string(path.substr(0, slash + 1));
+    return slash == std::string_view::npos ? std::string_view() : path.substr(0, slash + 1);
 }
 
-std::string GetFileTitle(std::string_view path) {
+std::string_view FileTitle(std::string_view path) {
     if (const std::size_t dot = path.rfind('.'); dot != std::string_view::npos) {
         path = path.substr(0, dot);
     }
     if (const std::size_t slash = path.rfind('\\'); slash != std::string_view::npos) {
         path = path.substr(slash + 1);
     }
-    return std::string(path);
+    return path;
+}
+
+std::string_view FileExt(std::string_view path) {
+    const std::size_t dot = path.rfind('.');
+    return dot == std::string_view::npos ? std::string_view()
+                                         : text::LeftChars(path.substr(dot + 1), 3);
+}
+
+// For each extension in list order: when it occurs in what the earlier cuts left, cut
+// right after its first occurrence. Cuts only shorten the text from its end, so an
+// extension's first occurrence is the same in the whole text and in what is left, as
+// long as it still fits; and every extension starts with a dot, so only the text's few
+// dots need looking at.
+void CutAfterExtensions(std::string& s) {
+    std::array<std::size_t, kCutExtensions.size()> first_end;
+    first_end.fill(std::string::npos);
+    for (std::size_t dot = s.find('.'); dot != std::string::npos; dot = s.find('.', dot + 1)) {
+        for (std::size_t i = 0; i < kCutExtensions.size(); ++i) {
+            const std::string_view extension = kCutExtensions[i];
+            // The letter after the dot rules out nearly every extension at once.
+            if (first_end[i] == std::string::npos && dot + extension.size() <= s.size() &&
+                s[dot + 1] == extension[1] &&
+                s.compare(dot + 2, extension.size() - 2, extension, 2) == 0) {
+                first_end[i] = dot + kCutExtensions[i].size();
+            }
+        }
+    }
+    std::size_t length = s.size();
+    for (const std::size_t end : first_end) {
+        if (end <= length) {
+            length = end;
+        }
+    }
+    s.resize(length);
+}
+
+}  // namespace
+
+std::string GetFileDir(std::string_view path) {
+    return std::string(FileDir(path));
+}
+
+std::string GetFileTitle(std::string_view path) {
+    return std::string(FileTitle(path));
 }
 
 std::string GetFileExt(std::string_view path) {
-    const std::size_t dot = path.rfind('.');
-    if (dot == std::string_view::npos) {
-        return {};
-    }
-    return std::string(text::LeftChars(path.substr(dot + 1), 3));
+    return std::string(FileExt(path));
 }
 
 std::string ValidatePath(std::string_view text, std::string_view scan_drive) {
@@ -53,19 +97,19 @@ std::string ValidatePath(std::string_view text, std::string_view scan_drive) {
     // Quotes, program names and whatever else stands before the drive go.
     s.erase(0, drive);
 
-    // The path as rebuilt from the whole text; the cuts below must arrive at it.
-    const std::string expected =
-        text::UpperCase(GetFileDir(s) + GetFileTitle(s) + "." + GetFileExt(s));
+    // The path as rebuilt from the whole text; the cuts below must arrive at it. The text
+    // is upper case already, and so are its pieces.
+    const std::string_view dir = FileDir(s);
+    const std::string_view title = FileTitle(s);
+    const std::string_view ext = FileExt(s);
+    std::string expected;
+    expected.reserve(dir.size() + title.size() + 1 + ext.size());
+    expected.append(dir).append(title).append(".").append(ext);
 
-    for (const std::string_view extension : kCutExtensions) {
-        if (const std::size_t at = s.find(extension); at != std::string::npos) {
-            s.erase(at + extension.size());
-        }
-    }
-    for (const char c : kCutCharacters) {
-        if (const std::size_t at = s.find(c); at != std::string::npos) {
-            s.erase(at);
-        }
+    CutAfterExtensions(s);
+    // Each cut only shortens the text, so together they cut at the first of them.
+    if (const std::size_t at = kCutCharacters.FindFirstIn(s); at != std::string::npos) {
+        s.erase(at);
     }
     // Any colon from the third character on cuts at the first colon, which in a text
     // that starts with the drive is the drive's own: such texts are rejected.

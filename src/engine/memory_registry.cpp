@@ -79,6 +79,42 @@ MemoryRegistry::Node* MemoryRegistry::RootNode(RootKeyHandle root) const {
     return roots_[root - kHkeyClassesRoot].get();
 }
 
+MemoryRegistry::Node* MemoryRegistry::StartFromLast(RootKeyHandle root, std::string_view path,
+                                                    std::size_t& covered) const {
+    covered = 0;
+    if (last_.node == nullptr || last_.root != root) {
+        return nullptr;
+    }
+    const std::string& last = last_.path;
+    // The usual cases first: the same key again, or one of its subkeys.
+    if (path.size() >= last.size() && path.compare(0, last.size(), last) == 0 &&
+        (path.size() == last.size() || last.empty() || path[last.size()] == '\\')) {
+        covered = last.size();
+        return last_.node;
+    }
+    std::size_t same = text::CommonPrefixLength(last, path);
+    // Back to a place where both texts end a name.
+    const auto ends_a_name = [&](std::size_t at) {
+        return (at == last.size() || last[at] == '\\') && (at == path.size() || path[at] == '\\');
+    };
+    while (same > 0 && !ends_a_name(same)) {
+        --same;
+    }
+    // Up from the last node by the names of its path beyond the shared part.
+    Node* node = last_.node;
+    if (same < last.size()) {
+        std::size_t names_beyond = same == 0 ? 1 : 0;
+        for (std::size_t i = same; i < last.size(); ++i) {
+            names_beyond += last[i] == '\\' ? 1 : 0;
+        }
+        while (names_beyond-- > 0) {
+            node = node->parent;
+        }
+    }
+    covered = same;
+    return node;
+}
+
 RegStatus MemoryRegistry::Resolve(RootKeyHandle root, std::string_view path, bool create,
                                   Node*& node) {
     node = RootNode(root);
@@ -88,15 +124,21 @@ RegStatus MemoryRegistry::Resolve(RootKeyHandle root, std::string_view path, boo
     // Windows accepts one trailing separator but no empty name inside a path.
     if (!path.empty() && path.back() == '\\') {
         path.remove_suffix(1);
-    }
-    if (path.empty()) {
-        return reg::kSuccess;
+        if (!path.empty() && path.back() == '\\') {
+            return reg::kFileNotFound;
+        }
     }
     std::size_t start = 0;
-    while (true) {
-        const std::size_t end = path.find('\\', start);
-        const std::string_view name = path.substr(
-            start, end == std::string_view::npos ? std::string_view::npos : end - start);
+    if (Node* known = StartFromLast(root, path, start)) {
+        node = known;
+        if (start > 0 && start < path.size()) {
+            ++start;  // the separator after the shared part
+        }
+    }
+    while (start < path.size()) {
+        const std::size_t end = std::min(path.find('\\', start), path.size());
+        const std::string_view name = path.substr(start, end - start);
+        // An empty name: a leading separator or two in a row.
         if (name.empty()) {
             return reg::kFileNotFound;
         }
@@ -115,11 +157,12 @@ RegStatus MemoryRegistry::Resolve(RootKeyHandle root, std::string_view path, boo
             node->children.insert(node->LowerBound(upper_scratch_), std::move(fresh));
         }
         node = child;
-        if (end == std::string_view::npos) {
-            return reg::kSuccess;
-        }
         start = end + 1;
     }
+    last_.root = root;
+    last_.path.assign(path);
+    last_.node = node;
+    return reg::kSuccess;
 }
 
 KeyHandle MemoryRegistry::NewHandle(Node* node) {
@@ -286,6 +329,7 @@ RegStatus MemoryRegistry::DeleteKeyTree(RootKeyHandle root, std::string_view pat
         return reg::kAccessDenied;  // a root cannot be deleted
     }
     ForgetHandlesBelow(node);
+    last_ = LastResolved{};
     auto& siblings = node->parent->children;
     siblings.erase(
         std::find_if(siblings.begin(), siblings.end(),

@@ -62,7 +62,19 @@ class MemoryRegistry final : public Registry {
         bool open = false;
     };
 
+    // The last path resolved. Opens come in walk order (a key, then its subkeys, then its
+    // next sibling), so most paths share all but their last name with it.
+    struct LastResolved {
+        RootKeyHandle root = kHkeyAll;
+        std::string path;
+        Node* node = nullptr;
+    };
+    // Where resolving `path` can start: the node of its longest leading part shared with
+    // the last path resolved, and how many characters of `path` that part covers.
+    Node* StartFromLast(RootKeyHandle root, std::string_view path, std::size_t& covered) const;
+
     std::vector<std::unique_ptr<Node>> roots_;
+    LastResolved last_;
     std::vector<HandleSlot> handles_;
     std::vector<std::size_t> free_slots_;
     std::string upper_scratch_;

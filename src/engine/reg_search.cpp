@@ -1,11 +1,9 @@
 #include "engine/reg_search.h"
 
 #include <algorithm>
-#include <span>
 
 #include "engine/run_time_error.h"
 #include "engine/value_data_text.h"
-#include "text/upper_case.h"
 
 namespace regvex {
 
@@ -15,15 +13,6 @@ constexpr std::int32_t kStopped = 1;
 constexpr int kProgressMax = 8;
 constexpr std::string_view kKeyNameValue = "*";
 
-std::string JoinPath(std::string_view path, std::string_view name) {
-    std::string full;
-    full.reserve(path.size() + 1 + name.size());
-    full.append(path);
-    full.push_back('\\');
-    full.append(name);
-    return full;
-}
-
 }  // namespace
 
 cRegSearch::cRegSearch(Registry& registry, SearchHost& host, SearchEvents& events,
@@ -32,7 +21,7 @@ cRegSearch::cRegSearch(Registry& registry, SearchHost& host, SearchEvents& event
 
 void cRegSearch::SearchString(std::string vData) {
     search_string_ = std::move(vData);
-    upper_search_string_ = text::UpperCase(search_string_);
+    needle_ = text::UpperNeedle(text::UpperCase(search_string_));
 }
 
 void cRegSearch::StopSearch() {
@@ -43,12 +32,15 @@ void cRegSearch::StopSearch() {
 
 void cRegSearch::DoSearch() {
     running_ = true;
+    PrepareMatching();
     host_.SetProgressMax(kProgressMax);
     if (root_key_ != kHkeyAll) {
+        path_ = sub_key_;
         if ((search_flags_ & (search_flags::kValueNames | search_flags::kValueData)) != 0) {
-            SearchValues(root_key_, sub_key_);
+            SearchValues(root_key_);
         }
-        SearchKeys(root_key_, sub_key_);
+        path_ = sub_key_;
+        SearchKeys(root_key_);
     } else {
         SearchAllRoots();
     }
@@ -71,20 +63,23 @@ void cRegSearch::SearchAllRoots() {
         if (i > 0 && stop_code_ != 0) {
             return;
         }
-        SearchKeys(root, sub_key_);
+        path_ = sub_key_;
+        SearchKeys(root);
     }
     const int value = host_.ProgressValue();
     host_.SetProgressValue(value >= 7 ? value + 1 : kProgressMax);
 }
 
-void cRegSearch::SearchKeys(RootKeyHandle root, const std::string& path) {
+void cRegSearch::SearchKeys(RootKeyHandle root) {
     if (stop_code_ != 0) {
         return;
     }
     ScopedKey key;
-    if (ScopedKey::Open(registry_, root, path, key_access_mask_, key) != reg::kSuccess) {
+    if (ScopedKey::Open(registry_, root, path_, key_access_mask_, key) != reg::kSuccess) {
         return;
     }
+    const std::size_t own_length = path_.size();
+    const std::string& root_name = RootKeyName(root);
     try {
         // The key stays open while its subkeys are walked: one handle per level.
         for (std::uint32_t index = 0;;) {
@@ -97,20 +92,26 @@ void cRegSearch::SearchKeys(RootKeyHandle root, const std::string& path) {
             }
             ++index;
             const std::string_view name = TrimNull(key_name_);
-            const std::string full = path.empty() ? std::string(name) : JoinPath(path, name);
-            const std::string& root_name = RootKeyName(root);
+            path_.resize(own_length);
+            if (own_length != 0) {
+                path_.push_back('\\');
+            }
+            path_.append(name);
             // After a stop request each open level still runs through its remaining
             // subkeys and reports key-name matches; only the descent ends.
             if (stop_code_ == 0) {
-                host_.SetCurrentKey(JoinPath(root_name, full));
+                label_.assign(root_name);
+                label_.push_back('\\');
+                label_.append(path_);
+                host_.SetCurrentKey(label_);
             }
             if (IsMatch(name)) {
-                events_.SearchFound(root_name, full, std::string(kKeyNameValue), 0);
+                events_.SearchFound(root_name, path_, kKeyNameValue, 0);
             }
             if ((search_flags_ & (search_flags::kValueNames | search_flags::kValueData)) != 0) {
-                SearchValues(root, full);
+                SearchValues(root);
             }
-            SearchKeys(root, full);
+            SearchKeys(root);
         }
     } catch (const std::exception& error) {
         const int number = ErrorNumberOf(error);
@@ -124,12 +125,12 @@ void cRegSearch::SearchKeys(RootKeyHandle root, const std::string& path) {
     }
 }
 
-void cRegSearch::SearchValues(RootKeyHandle root, const std::string& path) {
+void cRegSearch::SearchValues(RootKeyHandle root) {
     if (stop_code_ != 0) {
         return;
     }
     ScopedKey key;
-    if (ScopedKey::Open(registry_, root, path, key_access_mask_, key) != reg::kSuccess) {
+    if (ScopedKey::Open(registry_, root, path_, key_access_mask_, key) != reg::kSuccess) {
         return;
     }
     try {
@@ -144,18 +145,16 @@ void cRegSearch::SearchValues(RootKeyHandle root, const std::string& path) {
             }
             const std::size_t size = std::max<std::size_t>(value_slot_.size, 1);
             const std::span<const std::uint8_t> data(value_slot_.data.data(), size);
-            const std::string_view name = TrimNull(value_slot_.name);
-            if ((search_flags_ & search_flags::kValueNames) != 0 && IsMatch(name)) {
-                events_.SearchFound(RootKeyName(root), JoinPath(path, name),
-                                    ValueDataToText(value_slot_.type, data), 1);
+            const std::string_view raw_name = value_slot_.name;
+            if ((search_flags_ & search_flags::kValueNames) != 0 && IsMatchUpToNull(raw_name)) {
+                ValueDataToText(value_slot_.type, data, found_value_);
+                events_.SearchFound(RootKeyName(root), FoundKey(TrimNull(raw_name)), found_value_,
+                                    1);
             }
-            if ((search_flags_ & search_flags::kValueData) != 0) {
-                ValueDataToText(value_slot_.type, data, rendered_);
-                const std::string_view text = TrimNull(rendered_);
-                if (IsMatch(text)) {
-                    events_.SearchFound(RootKeyName(root), JoinPath(path, name), std::string(text),
-                                        2);
-                }
+            std::string_view text;
+            if ((search_flags_ & search_flags::kValueData) != 0 &&
+                DataTextForMatch(value_slot_.type, data, text) && IsMatch(text)) {
+                events_.SearchFound(RootKeyName(root), FoundKey(TrimNull(raw_name)), text, 2);
             }
         }
     } catch (const std::exception& error) {
@@ -163,17 +162,75 @@ void cRegSearch::SearchValues(RootKeyHandle root, const std::string& path) {
     }
 }
 
+const std::string& cRegSearch::FoundKey(std::string_view value_name) {
+    found_key_.assign(path_);
+    found_key_.push_back('\\');
+    found_key_.append(value_name);
+    return found_key_;
+}
+
+void cRegSearch::PrepareMatching() {
+    whole_text_ = (search_flags_ & search_flags::kWholeText) != 0;
+    const auto could_occur_in = [this](std::string_view alphabet) {
+        return needle_.text().find_first_not_of(alphabet) == std::string::npos;
+    };
+    binary_may_match_ = could_occur_in(kBinaryTextAlphabet);
+    dword_may_match_ = could_occur_in(kDwordTextAlphabet);
+    unsupported_matches_ = IsMatch(kUnsupportedValueText);
+}
+
+bool cRegSearch::DataTextForMatch(std::uint32_t type, std::span<const std::uint8_t> data,
+                                  std::string_view& text) {
+    // Rendering every value would cost more than the rest of the walk: text is read where
+    // it lies, and renderings that cannot hold the search text are not made at all.
+    switch (TextKindOf(type)) {
+        case ValueTextKind::kText: {
+            const std::string_view whole(reinterpret_cast<const char*>(data.data()), data.size());
+            if (!whole_text_ && !needle_.FoundIn(whole, match_scratch_)) {
+                return false;
+            }
+            text = TrimNull(whole);
+            return true;
+        }
+        case ValueTextKind::kBinary:
+            if (!binary_may_match_) {
+                return false;
+            }
+            break;
+        case ValueTextKind::kDword:
+            if (!dword_may_match_) {
+                return false;
+            }
+            break;
+        case ValueTextKind::kUnsupported:
+            text = kUnsupportedValueText;
+            return unsupported_matches_;
+    }
+    ValueDataToText(type, data, rendered_);
+    text = TrimNull(rendered_);
+    return true;
+}
+
 std::string_view cRegSearch::TrimNull(std::string_view text) {
     const std::size_t nul = text.find('\0');
     return nul == std::string_view::npos ? text : text.substr(0, nul);
 }
 
-bool cRegSearch::IsMatch(std::string_view text) {
-    if ((search_flags_ & search_flags::kWholeText) != 0) {
-        text::UpperCaseInto(text, match_scratch_);
-        return match_scratch_ == upper_search_string_;
+bool cRegSearch::IsMatchUpToNull(std::string_view text) {
+    // The text ends at its first NUL, but most texts do not hold the search text anywhere:
+    // one look over all of it settles those without finding the end first.
+    if (!whole_text_ && !needle_.FoundIn(text, match_scratch_)) {
+        return false;
     }
-    return text::ContainsUpperCased(text, upper_search_string_, match_scratch_);
+    return IsMatch(TrimNull(text));
+}
+
+bool cRegSearch::IsMatch(std::string_view text) {
+    if (whole_text_) {
+        text::UpperCaseInto(text, match_scratch_);
+        return match_scratch_ == needle_.text();
+    }
+    return needle_.FoundIn(text, match_scratch_);
 }
 
 }  // namespace regvex

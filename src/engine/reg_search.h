@@ -5,10 +5,12 @@
 // yields to it once per subkey, which is where a Stop click gets handled.
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
 #include "engine/registry.h"
+#include "text/upper_case.h"
 
 namespace regvex {
 
@@ -34,8 +36,9 @@ class SearchEvents {
     virtual ~SearchEvents() = default;
     // lFound: 0 a key name matched (sKey is the key path, sValue "*"), 1 a value name,
     // 2 a value's data (sKey is the key path, a backslash and the value name).
-    virtual void SearchFound(const std::string& sRootKey, const std::string& sKey,
-                             const std::string& sValue, std::int32_t lFound) = 0;
+    // The texts live only for the length of the call.
+    virtual void SearchFound(std::string_view sRootKey, std::string_view sKey,
+                             std::string_view sValue, std::int32_t lFound) = 0;
     // lReason: 0 the walk ran to its end, 1 it was stopped, else the error number.
     virtual void SearchFinished(std::int32_t lReason) = 0;
     // Declared for owners; this engine never raises it.
@@ -68,11 +71,20 @@ class cRegSearch {
     void CloseProgram() { close_request_ = true; }
 
   private:
-    void SearchKeys(RootKeyHandle root, const std::string& path);
-    void SearchValues(RootKeyHandle root, const std::string& path);
+    // Both walk the key whose path below `root` is path_ on entry.
+    void SearchKeys(RootKeyHandle root);
+    void SearchValues(RootKeyHandle root);
     static std::string_view TrimNull(std::string_view text);
     bool IsMatch(std::string_view text);
+    // IsMatch of the text up to its first NUL.
+    bool IsMatchUpToNull(std::string_view text);
     void SearchAllRoots();
+    void PrepareMatching();
+    // The key path, a backslash and the value name, as a found value is reported.
+    const std::string& FoundKey(std::string_view value_name);
+    // The data's text as the match sees it, or false when it cannot match.
+    bool DataTextForMatch(std::uint32_t type, std::span<const std::uint8_t> data,
+                          std::string_view& text);
 
     Registry& registry_;
     SearchHost& host_;
@@ -87,12 +99,23 @@ class cRegSearch {
     bool close_request_ = false;
     bool running_ = false;
 
+    text::UpperNeedle needle_;
+    bool whole_text_ = false;
+    bool binary_may_match_ = true;
+    bool dword_may_match_ = true;
+    bool unsupported_matches_ = false;
+
     // Buffers reused across the walk: no allocation per key or value where none is needed.
-    std::string upper_search_string_;
+    // path_ is the path of the key being walked: each level appends a subkey's name and
+    // cuts it off again for the next one.
+    std::string path_;
+    std::string label_;
     std::string key_name_;
     ValueSlot value_slot_;
     std::string rendered_;
     std::string match_scratch_;
+    std::string found_key_;
+    std::string found_value_;
 };
 
 }  // namespace regvex

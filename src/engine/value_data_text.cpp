@@ -68,11 +68,24 @@ std::string FormatHexWithZeroPattern(std::string_view hex) {
     return digits;
 }
 
-void ValueDataToText(std::uint32_t type, std::span<const std::uint8_t> data, std::string& out) {
-    out.clear();
+ValueTextKind TextKindOf(std::uint32_t type) {
     switch (type) {
         case reg::kSz:
-        case reg::kMultiSz: {
+        case reg::kMultiSz:
+            return ValueTextKind::kText;
+        case reg::kBinary:
+            return ValueTextKind::kBinary;
+        case reg::kDword:
+            return ValueTextKind::kDword;
+        default:
+            return ValueTextKind::kUnsupported;
+    }
+}
+
+void ValueDataToText(std::uint32_t type, std::span<const std::uint8_t> data, std::string& out) {
+    out.clear();
+    switch (TextKindOf(type)) {
+        case ValueTextKind::kText: {
             // Cut at the first NUL: of a multi-string only the first string is left.
             const auto* bytes = reinterpret_cast<const char*>(data.data());
             const void* nul = std::memchr(bytes, 0, data.size());
@@ -80,7 +93,7 @@ void ValueDataToText(std::uint32_t type, std::span<const std::uint8_t> data, std
                                              : static_cast<std::ptrdiff_t>(data.size()));
             return;
         }
-        case reg::kBinary:
+        case ValueTextKind::kBinary:
             out.reserve(data.size() * 3);
             for (std::size_t i = 0; i < data.size(); ++i) {
                 if (i != 0) {
@@ -89,7 +102,7 @@ void ValueDataToText(std::uint32_t type, std::span<const std::uint8_t> data, std
                 AppendHexByte(out, data[i]);
             }
             return;
-        case reg::kDword: {
+        case ValueTextKind::kDword: {
             std::uint8_t bytes[4] = {0, 0, 0, 0};
             std::memcpy(bytes, data.data(), std::min<std::size_t>(4, data.size()));
             const std::uint32_t raw = static_cast<std::uint32_t>(bytes[0]) |
@@ -103,7 +116,7 @@ void ValueDataToText(std::uint32_t type, std::span<const std::uint8_t> data, std
             out += ')';
             return;
         }
-        default:
+        case ValueTextKind::kUnsupported:
             out.assign(kUnsupportedValueText);
             return;
     }

@@ -5,10 +5,27 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace regvex {
 
 inline constexpr std::string_view kUnsupportedValueText = "Temporarily unsupported";
+
+// How a type is rendered.
+enum class ValueTextKind {
+    kText,         // the data's own text, up to its first NUL
+    kBinary,       // hexadecimal bytes
+    kDword,        // hexadecimal and decimal number
+    kUnsupported,  // the fixed text above
+};
+
+ValueTextKind TextKindOf(std::uint32_t type);
+
+// Every character that the upper-cased rendering of a binary or a number can hold. A
+// search text with any other character can never occur in them, so such data need not
+// be rendered to know that.
+inline constexpr std::string_view kBinaryTextAlphabet = "0123456789ABCDEF ";
+inline constexpr std::string_view kDwordTextAlphabet = "0123456789ABCDEFX()-";
 
 // `data` holds at least one byte. Text types arrive as UTF-8 (see registry.h).
 std::string ValueDataToText(std::uint32_t type, std::span<const std::uint8_t> data);

@@ -46,8 +46,7 @@ bool IsIgnored(std::span<const std::string> ignore_entries, std::string_view pat
     return false;
 }
 
-bool IsListedFinding(const FindingRules& rules, const std::string& sKey,
-                     const std::string& sValue) {
+bool IsListedFinding(const FindingRules& rules, std::string_view sKey, std::string_view sValue) {
     const std::string path = ValidatePath(sValue, rules.scan_drive);
     // "Rejected" is looked up too, as a file of that name in the current folder; it is
     // never listed either way.

@@ -33,6 +33,6 @@ struct FindingRules {
 // Cuts the path out of the value's text and decides: a path that exists is not listed,
 // nor one that an ignore entry covers, nor (in the restricted scan) one without a known
 // extension, nor a text that names no plain path.
-bool IsListedFinding(const FindingRules& rules, const std::string& sKey, const std::string& sValue);
+bool IsListedFinding(const FindingRules& rules, std::string_view sKey, std::string_view sValue);
 
 }  // namespace regvex

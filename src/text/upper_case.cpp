@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <cstring>
 
 #include "text/utf8.h"
 
@@ -75,10 +77,43 @@ char32_t UpperCaseCodePoint(char32_t code_point) {
     return static_cast<char32_t>(static_cast<int>(code_point) + range->delta);
 }
 
+namespace {
+
+// Upper-cases eight ASCII bytes at once; false (and nothing written) when any of them is
+// not ASCII. Adding 0x1F to a byte sets its top bit from 'a' on, adding 0x05 from past
+// 'z' on; no byte below 0x80 carries into its neighbour.
+bool UpperCaseEightAscii(const char* in, char* out) {
+    constexpr std::uint64_t kOnes = 0x0101010101010101u;
+    constexpr std::uint64_t kTops = 0x8080808080808080u;
+    std::uint64_t chunk = 0;
+    std::memcpy(&chunk, in, sizeof chunk);
+    if ((chunk & kTops) != 0) {
+        return false;
+    }
+    const std::uint64_t from_a = chunk + (0x80 - 'a') * kOnes;
+    const std::uint64_t past_z = chunk + (0x80 - 'z' - 1) * kOnes;
+    chunk ^= ((from_a & ~past_z) & kTops) >> 2;  // 0x80 >> 2 is the case bit, 0x20
+    std::memcpy(out, &chunk, sizeof chunk);
+    return true;
+}
+
+}  // namespace
+
 void UpperCaseInto(std::string_view text, std::string& out) {
-    out.clear();
-    out.reserve(text.size());
+    // Most texts are plain ASCII: write them eight bytes at a time and only decode from
+    // the first byte that is not.
+    out.resize(text.size());
     std::size_t pos = 0;
+    while (pos + 8 <= text.size() && UpperCaseEightAscii(text.data() + pos, out.data() + pos)) {
+        pos += 8;
+    }
+    for (; pos < text.size() && static_cast<unsigned char>(text[pos]) < 0x80; ++pos) {
+        out[pos] = AsciiUpper(text[pos]);
+    }
+    if (pos == text.size()) {
+        return;
+    }
+    out.resize(pos);
     while (pos < text.size()) {
         const auto byte = static_cast<unsigned char>(text[pos]);
         if (byte < 0x80) {
@@ -104,33 +139,74 @@ std::string UpperCase(std::string_view text) {
     return out;
 }
 
-bool ContainsUpperCased(std::string_view text, std::string_view upper_needle,
-                        std::string& scratch) {
-    if (upper_needle.empty()) {
+bool NonAsciiTextCanMatch(std::string_view upper_needle) {
+    return !IsAscii(upper_needle) ||
+           upper_needle.find_first_of(kAsciiImagesOfNonAscii) != std::string_view::npos;
+}
+
+UpperNeedle::UpperNeedle(std::string upper)
+    : upper_(std::move(upper)), non_ascii_can_match_(NonAsciiTextCanMatch(upper_)) {
+    for (std::size_t i = 0; i < upper_.size(); ++i) {
+        if (AsciiUpper(upper_[i]) == upper_[i] && (upper_[i] < 'A' || upper_[i] > 'Z')) {
+            anchor_ = i;
+            break;
+        }
+    }
+    quick_reject_ = anchor_ != std::string::npos && !non_ascii_can_match_;
+}
+
+bool UpperNeedle::FoundInAnyText(std::string_view text, std::string& scratch) const {
+    if (upper_.empty()) {
         return true;
     }
-    if (!IsAscii(text)) {
+    // Upper-casing the text is only needed where a non-ASCII character could become part
+    // of a match; otherwise its bytes (all 0x80 and above) simply never match.
+    if (non_ascii_can_match_ && !IsAscii(text)) {
         UpperCaseInto(text, scratch);
-        return scratch.find(upper_needle) != std::string::npos;
+        return scratch.find(upper_) != std::string::npos;
     }
-    if (upper_needle.size() > text.size()) {
+    if (upper_.size() > text.size()) {
         return false;
     }
-    const std::size_t last_start = text.size() - upper_needle.size();
-    const char first = upper_needle.front();
-    for (std::size_t i = 0; i <= last_start; ++i) {
-        if (AsciiUpper(text[i]) != first) {
-            continue;
+    const std::size_t last_start = text.size() - upper_.size();
+    const auto matches_at = [&](std::size_t start) {
+        for (std::size_t j = 0; j < upper_.size(); ++j) {
+            if (AsciiUpper(text[start + j]) != upper_[j]) {
+                return false;
+            }
         }
-        std::size_t j = 1;
-        while (j < upper_needle.size() && AsciiUpper(text[i + j]) == upper_needle[j]) {
-            ++j;
+        return true;
+    };
+    if (anchor_ == std::string::npos) {
+        for (std::size_t start = 0; start <= last_start; ++start) {
+            if (matches_at(start)) {
+                return true;
+            }
         }
-        if (j == upper_needle.size()) {
+        return false;
+    }
+    // A character without case is found by memchr, many bytes at a time; only where it
+    // stands is the rest compared.
+    const char* const begin = text.data();
+    const char* at = begin + anchor_;
+    const char* const end = begin + last_start + anchor_ + 1;
+    while (at < end) {
+        at = static_cast<const char*>(
+            std::memchr(at, upper_[anchor_], static_cast<std::size_t>(end - at)));
+        if (at == nullptr) {
+            return false;
+        }
+        if (matches_at(static_cast<std::size_t>(at - begin) - anchor_)) {
             return true;
         }
+        ++at;
     }
     return false;
+}
+
+bool ContainsUpperCased(std::string_view text, std::string_view upper_needle,
+                        std::string& scratch) {
+    return UpperNeedle(std::string(upper_needle)).FoundIn(text, scratch);
 }
 
 namespace {
@@ -144,19 +220,21 @@ char32_t Utf16SortKey(char32_t code_point) {
 }  // namespace
 
 int CompareUtf16Order(std::string_view a, std::string_view b) {
-    std::size_t i = 0;
-    std::size_t j = 0;
+    std::size_t i = CommonPrefixLength(a, b);
+    if (i == a.size() || i == b.size()) {
+        return a.size() == b.size() ? 0 : (i == a.size() ? -1 : 1);
+    }
+    const auto ca = static_cast<unsigned char>(a[i]);
+    const auto cb = static_cast<unsigned char>(b[i]);
+    if (ca < 0x80 && cb < 0x80) {
+        return ca < cb ? -1 : 1;
+    }
+    // Back to the start of the character that differs; everything before it is equal.
+    while (i > 0 && (static_cast<unsigned char>(a[i]) & 0xC0) == 0x80) {
+        --i;
+    }
+    std::size_t j = i;
     while (i < a.size() && j < b.size()) {
-        const auto ca = static_cast<unsigned char>(a[i]);
-        const auto cb = static_cast<unsigned char>(b[j]);
-        if (ca < 0x80 && cb < 0x80) {
-            if (ca != cb) {
-                return ca < cb ? -1 : 1;
-            }
-            ++i;
-            ++j;
-            continue;
-        }
         const char32_t ka = Utf16SortKey(DecodeUtf8(a, i));
         const char32_t kb = Utf16SortKey(DecodeUtf8(b, j));
         if (ka != kb) {

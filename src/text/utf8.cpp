@@ -1,5 +1,8 @@
 #include "text/utf8.h"
 
+#include <cstdint>
+#include <cstring>
+
 namespace regvex::text {
 
 namespace {
@@ -120,10 +123,36 @@ std::size_t Utf16Length(std::string_view text) {
 
 std::string_view LeftChars(std::string_view text, std::size_t count) {
     std::size_t pos = 0;
+    // ASCII characters are one byte each.
+    while (pos < count && pos < text.size() && static_cast<unsigned char>(text[pos]) < 0x80) {
+        ++pos;
+    }
+    if (pos == count || pos == text.size()) {
+        return text.substr(0, pos);
+    }
+    count -= pos;
     for (std::size_t taken = 0; taken < count && pos < text.size(); ++taken) {
         DecodeUtf8(text, pos);
     }
     return text.substr(0, pos);
+}
+
+std::size_t CommonPrefixLength(std::string_view a, std::string_view b) {
+    const std::size_t length = a.size() < b.size() ? a.size() : b.size();
+    std::size_t i = 0;
+    for (; i + 8 <= length; i += 8) {
+        std::uint64_t wa = 0;
+        std::uint64_t wb = 0;
+        std::memcpy(&wa, a.data() + i, 8);
+        std::memcpy(&wb, b.data() + i, 8);
+        if (wa != wb) {
+            break;
+        }
+    }
+    while (i < length && a[i] == b[i]) {
+        ++i;
+    }
+    return i;
 }
 
 bool IsAscii(std::string_view text) {

@@ -29,4 +29,7 @@ std::string_view LeftChars(std::string_view text, std::size_t count);
 
 bool IsAscii(std::string_view text);
 
+// How many leading bytes two texts share; compared eight bytes at a time.
+std::size_t CommonPrefixLength(std::string_view a, std::string_view b);
+
 }  // namespace regvex::text

@@ -4,7 +4,9 @@
 
 #include <filesystem>
 #include <fstream>
+#include <map>
 
+#include "engine/caching_file_existence.h"
 #include "engine/drive_map.h"
 #include "engine/path_exists.h"
 #include "support/temp_folder.h"
@@ -66,6 +68,52 @@ TEST(ValidatePath, HelpersSplitTheWholeText) {
         EXPECT_EQ(GetFileDir(c.path), c.dir) << c.path;
         EXPECT_EQ(GetFileTitle(c.path), c.title) << c.path;
         EXPECT_EQ(GetFileExt(c.path), c.ext) << c.path;
+    }
+}
+
+// The cutting rules applied literally, one step after the other, to check the faster
+// version against.
+std::string LiteralValidatePath(std::string s, const std::string& drive) {
+    if (s.find(drive) == std::string::npos) {
+        s = drive;
+    }
+    s.erase(0, s.find(drive));
+    const std::string expected = GetFileDir(s) + GetFileTitle(s) + "." + GetFileExt(s);
+    for (const char* ext :
+         {".SYS", ".EXE", ".DLL", ".OCX", ".OCA", ".VXD", ".AX",  ".COM", ".CPL", ".TLB", ".SCR",
+          ".BAT", ".DRV", ".MSI", ".ZIP", ".RAR", ".HLP", ".LNK", ".JPG", ".BMP", ".PDF", ".TXT"}) {
+        if (const auto at = s.find(ext); at != std::string::npos) {
+            s.erase(at + std::string(ext).size());
+        }
+    }
+    for (const char c : std::string("/*?<>|,(;")) {
+        if (const auto at = s.find(c); at != std::string::npos) {
+            s.erase(at);
+        }
+    }
+    if (s.find(':', 2) != std::string::npos) {
+        s.erase(s.find(':'));
+    }
+    for (auto at = s.find("%1"); at != std::string::npos; at = s.find("%1", at)) {
+        s.erase(at, 2);
+    }
+    return s == expected ? s : "Rejected";
+}
+
+TEST(ValidatePath, AgreesWithTheRulesAppliedOneByOne) {
+    const char* pieces[] = {"C:\\", "D:\\",  "\\",  ".", ".EXE", ".DLL", ".TXT", ".AX", ".AXE",
+                            ".SYS", ".HTML", "APP", "A", " ",    ",",    ";",    "(",   "/",
+                            ":",    "%1",    "%",   "1", "\"",   ".EX",  "E"};
+    std::uint64_t state = 12345;
+    for (int round = 0; round < 20000; ++round) {
+        std::string text;
+        state = state * 6364136223846793005u + 1442695040888963407u;
+        const int count = static_cast<int>((state >> 33) % 12);
+        for (int i = 0; i < count; ++i) {
+            state = state * 6364136223846793005u + 1442695040888963407u;
+            text += pieces[(state >> 33) % std::size(pieces)];
+        }
+        ASSERT_EQ(ValidatePath(text, "C:\\"), LiteralValidatePath(text, "C:\\")) << text;
     }
 }
 
@@ -133,6 +181,37 @@ TEST(DriveMap, AnswersAsWindowsWouldForAMappedDrive) {
     for (const auto& c : cases) {
         EXPECT_EQ(files.Check(c.path), c.answer) << c.path;
     }
+}
+
+}  // namespace
+}  // namespace regvex
+
+namespace regvex {
+namespace {
+
+class CountingAnswers final : public FileExistence {
+  public:
+    int Check(const std::string& path) override {
+        ++asked[path];
+        return path.ends_with(".EXE") ? 1 : 0;
+    }
+    std::map<std::string, int> asked;
+};
+
+TEST(CachingFileExistence, AsksThePlatformOncePerPathAndKeepsItsAnswer) {
+    CountingAnswers platform;
+    CachingFileExistence files(platform);
+    const std::vector<std::pair<std::string, bool>> asks = {
+        {"C:\\A.EXE", true},  {"C:\\B.DLL", false}, {"C:\\A.EXE", true},
+        {"C:\\B.DLL", false}, {"c:\\a.exe", false}, {"Rejected", false},
+    };
+    for (const auto& [path, exists] : asks) {
+        EXPECT_EQ(PathExists(files, path), exists) << path;
+    }
+    // Paths are remembered as written: the lower-case spelling is a question of its own.
+    EXPECT_EQ(platform.asked,
+              (std::map<std::string, int>{
+                  {"C:\\A.EXE", 1}, {"C:\\B.DLL", 1}, {"Rejected", 1}, {"c:\\a.exe", 1}}));
 }
 
 }  // namespace

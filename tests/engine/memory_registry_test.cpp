@@ -141,3 +141,60 @@ TEST(MemoryRegistry, CreateMakesParentsAndDeletingATreeInvalidatesItsHandles) {
 
 }  // namespace
 }  // namespace regvex
+
+namespace regvex {
+namespace {
+
+TEST(MemoryRegistry, OpensInAnyOrderReachTheRightKeys) {
+    MemoryRegistry registry;
+    for (const char* path : {"A", "A\\B", "A\\B\\C", "A\\BB", "AB", "AB\\C", "X\\Y\\Z", "X\\Y"}) {
+        testing::PutString(registry, kHkeyCurrentUser, path, "id", path);
+    }
+    testing::PutString(registry, kHkeyLocalMachine, "A\\B", "id", "machine A\\B");
+    const struct {
+        RootKeyHandle root;
+        const char* path;
+        const char* id;  // null: not found
+    } opens[] = {
+        {kHkeyCurrentUser, "A\\B\\C", "A\\B\\C"},
+        {kHkeyCurrentUser, "A\\B", "A\\B"},
+        {kHkeyCurrentUser, "A\\BB", "A\\BB"},
+        {kHkeyCurrentUser, "A\\B\\C", "A\\B\\C"},
+        {kHkeyCurrentUser, "AB", "AB"},
+        {kHkeyCurrentUser, "AB\\C", "AB\\C"},
+        {kHkeyCurrentUser, "A", "A"},
+        {kHkeyCurrentUser, "a\\b\\c", "A\\B\\C"},
+        {kHkeyCurrentUser, "A\\b\\C", "A\\B\\C"},
+        {kHkeyLocalMachine, "A\\B", "machine A\\B"},
+        {kHkeyCurrentUser, "A\\B", "A\\B"},
+        {kHkeyCurrentUser, "A\\B\\", "A\\B"},
+        {kHkeyCurrentUser, "A\\B\\\\", nullptr},
+        {kHkeyCurrentUser, "A\\\\B", nullptr},
+        {kHkeyCurrentUser, "\\A", nullptr},
+        {kHkeyCurrentUser, "X\\Y\\Z", "X\\Y\\Z"},
+        {kHkeyCurrentUser, "X\\Q", nullptr},
+        {kHkeyCurrentUser, "X\\Y", "X\\Y"},
+    };
+    for (const auto& o : opens) {
+        ScopedKey key;
+        const RegStatus status = ScopedKey::Open(registry, o.root, o.path, reg::kKeyRead, key);
+        if (o.id == nullptr) {
+            EXPECT_EQ(status, reg::kFileNotFound) << o.path;
+            continue;
+        }
+        ASSERT_EQ(status, reg::kSuccess) << o.path;
+        std::uint32_t type = 0;
+        std::vector<std::uint8_t> data;
+        ASSERT_EQ(registry.QueryValue(key.get(), "id", type, data), reg::kSuccess) << o.path;
+        EXPECT_EQ(std::string(data.begin(), data.end() - 1), o.id) << o.path;
+    }
+
+    ASSERT_EQ(registry.DeleteKeyTree(kHkeyCurrentUser, "X\\Y"), reg::kSuccess);
+    ScopedKey gone;
+    EXPECT_EQ(ScopedKey::Open(registry, kHkeyCurrentUser, "X\\Y\\Z", reg::kKeyRead, gone),
+              reg::kFileNotFound);
+    EXPECT_EQ(ScopedKey::Open(registry, kHkeyCurrentUser, "X", reg::kKeyRead, gone), 0);
+}
+
+}  // namespace
+}  // namespace regvex

@@ -52,9 +52,9 @@ struct FoundEvent {
 
 class RecordingEvents final : public SearchEvents {
   public:
-    void SearchFound(const std::string& sRootKey, const std::string& sKey,
-                     const std::string& sValue, std::int32_t lFound) override {
-        found.push_back({sRootKey, sKey, sValue, lFound});
+    void SearchFound(std::string_view sRootKey, std::string_view sKey, std::string_view sValue,
+                     std::int32_t lFound) override {
+        found.push_back({std::string(sRootKey), std::string(sKey), std::string(sValue), lFound});
         if (on_found) {
             on_found(found.back());
         }

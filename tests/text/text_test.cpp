@@ -33,6 +33,17 @@ TEST(UpperCase, MapsTheCommonAlphabetsOneToOne) {
     }
 }
 
+TEST(UpperCase, MappingIsIdempotentAndReachesAsciiOnlyThroughTheListedLetters) {
+    for (char32_t c = 0x80; c < 0x110000; ++c) {
+        const char32_t upper = UpperCaseCodePoint(c);
+        ASSERT_EQ(UpperCaseCodePoint(upper), upper) << static_cast<unsigned>(c);
+        if (upper < 0x80) {
+            ASSERT_NE(kAsciiImagesOfNonAscii.find(static_cast<char>(upper)), std::string::npos)
+                << static_cast<unsigned>(c);
+        }
+    }
+}
+
 TEST(UpperCase, ContainsUpperCasedFindsTheNeedleInAnyCase) {
     std::string scratch;
     const struct {
@@ -48,6 +59,18 @@ TEST(UpperCase, ContainsUpperCasedFindsTheNeedleInAnyCase) {
         {"anything", "", true},
         {"\xC3\xA9t\xC3\xA9 c:\\x", "C:\\", true},
         {"caf\xC3\xA9", "CAF\xC3\x89", true},
+        {"\xC4\xB1ni", "INI", true},                // dotless i upper-cases to I
+        {"\xC5\xBF\xC3\xA9t", "S\xC3\x89T", true},  // long s to S
+        {"\xC3\xA9\xC3\xA9", "\xC3\x89", true},
+        {"\xC3\xA9 d:\\", "C:\\", false},
+        {"d:c:e:\\C:\\", "C:\\", true},  // near misses before the match, match at the end
+        {"x:\\", "C:\\", false},
+        {"C:", "C:", true},
+        {":C", "C:", false},
+        {"abcABCab", "CAB", true},  // a needle of letters only
+        {"abAB", "ABC", false},
+        {"\\\\server", "\\\\SERVER", true},
+        {"short", "LONGER NEEDLE", false},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(ContainsUpperCased(c.text, c.needle, scratch), c.found) << c.text;

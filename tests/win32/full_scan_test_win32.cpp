@@ -51,10 +51,10 @@ class ListingEvents final : public SearchEvents {
   public:
     explicit ListingEvents(const FindingRules& rules) : rules_(rules) {}
 
-    void SearchFound(const std::string& sRootKey, const std::string& sKey,
-                     const std::string& sValue, std::int32_t) override {
+    void SearchFound(std::string_view sRootKey, std::string_view sKey, std::string_view sValue,
+                     std::int32_t) override {
         if (IsListedFinding(rules_, sKey, sValue)) {
-            rows.push_back(Row{sRootKey, sKey, sValue});
+            rows.push_back(Row{std::string(sRootKey), std::string(sKey), std::string(sValue)});
         }
     }
     void SearchFinished(std::int32_t lReason) override { reason = lReason; }
