@@ -18,7 +18,7 @@ namespace regvex::cli {
 namespace {
 
 class Win32Platform final : public CliPlatform {
-public:
+  public:
     std::unique_ptr<Registry> OpenLiveRegistry(std::string&) override {
         return std::make_unique<Win32Registry>();
     }
@@ -32,7 +32,7 @@ public:
     }
     bool StderrIsTerminal() override { return _isatty(_fileno(stderr)) != 0; }
 
-private:
+  private:
     text::SystemAnsiCodePage code_page_;
 };
 
@@ -42,7 +42,9 @@ struct LocalFreeDeleter {
 
 }  // namespace
 
-std::unique_ptr<CliPlatform> MakeSystemPlatform() { return std::make_unique<Win32Platform>(); }
+std::unique_ptr<CliPlatform> MakeSystemPlatform() {
+    return std::make_unique<Win32Platform>();
+}
 
 std::vector<std::string> Utf8Arguments(int, char**) {
     // The narrow argv of Windows is in the ANSI code page; the wide command line holds
@@ -56,6 +58,15 @@ std::vector<std::string> Utf8Arguments(int, char**) {
     return args;
 }
 
-void PrepareConsole() { SetConsoleOutputCP(CP_UTF8); }
+void PrepareConsole() {
+    SetConsoleOutputCP(CP_UTF8);
+    // Output that does not go to a console (a file, a pipe, the null device) is written in
+    // blocks. The C runtime takes any character device for a console and would otherwise
+    // write it one character at a time.
+    DWORD mode = 0;
+    if (GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &mode) == 0) {
+        std::setvbuf(stdout, nullptr, _IOFBF, 64 * 1024);
+    }
+}
 
 }  // namespace regvex::cli

@@ -2,7 +2,9 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 
 #include "text/wide_text_win32.h"
 
@@ -55,22 +57,46 @@ std::wstring Utf8BytesToWide(std::span<const std::uint8_t> data) {
     return text::ToWide(std::string_view(reinterpret_cast<const char*>(data.data()), data.size()));
 }
 
+// A 64-bit program sees the 64-bit registry already, so asking for that view changes
+// nothing on Windows; Wine, though, answers every such request below HKEY_CLASSES_ROOT
+// by opening a fresh copy of that root, which it never closes. A 32-bit program needs
+// the flag to reach the 64-bit registry and keeps it.
+REGSAM EffectiveAccess(AccessMask access) {
+    if constexpr (sizeof(void*) == 8) {
+        access &= ~static_cast<AccessMask>(KEY_WOW64_64KEY);
+    }
+    return static_cast<REGSAM>(access);
+}
+
 }  // namespace
+
+Win32Registry::~Win32Registry() {
+    if (parked_) {
+        RegCloseKey(ToHkey(parked_->handle));
+    }
+}
 
 RegStatus Win32Registry::OpenKey(RootKeyHandle root, std::string_view path, AccessMask access,
                                  KeyHandle& key) {
     key = 0;
+    if (parked_ && parked_->root == root && parked_->access == access && parked_->path == path) {
+        key = parked_->handle;
+        opened_.push_back(std::move(*parked_));
+        parked_.reset();
+        return reg::kSuccess;
+    }
     const HKEY parent = PredefinedKey(root);
     if (parent == nullptr) {
         return reg::kInvalidHandle;
     }
     HKEY opened = nullptr;
     const LSTATUS status =
-        RegOpenKeyExW(parent, text::ToWide(path).c_str(), 0, static_cast<REGSAM>(access), &opened);
+        RegOpenKeyExW(parent, text::ToWide(path).c_str(), 0, EffectiveAccess(access), &opened);
     if (status != ERROR_SUCCESS) {
         return Status(status);
     }
     key = ToKeyHandle(opened);
+    opened_.push_back(OpenedKey{key, root, std::string(path), access});
     return reg::kSuccess;
 }
 
@@ -84,7 +110,7 @@ RegStatus Win32Registry::CreateKey(RootKeyHandle root, std::string_view path, Ac
     HKEY opened = nullptr;
     const LSTATUS status =
         RegCreateKeyExW(parent, text::ToWide(path).c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
-                        static_cast<REGSAM>(access), nullptr, &opened, nullptr);
+                        EffectiveAccess(access), nullptr, &opened, nullptr);
     if (status != ERROR_SUCCESS) {
         return Status(status);
     }
@@ -92,9 +118,40 @@ RegStatus Win32Registry::CreateKey(RootKeyHandle root, std::string_view path, Ac
     return reg::kSuccess;
 }
 
+bool Win32Registry::KnownToBePastTheEnd(KeyHandle key, std::uint32_t index, bool of_values) {
+    auto it = std::find_if(opened_.rbegin(), opened_.rend(),
+                           [key](const OpenedKey& opened) { return opened.handle == key; });
+    if (it == opened_.rend()) {
+        return false;
+    }
+    if (it->counts == OpenedKey::Counts::kNotAsked) {
+        DWORD subkeys = 0;
+        DWORD values = 0;
+        const LSTATUS status =
+            RegQueryInfoKeyW(ToHkey(key), nullptr, nullptr, nullptr, &subkeys, nullptr, nullptr,
+                             &values, nullptr, nullptr, nullptr, nullptr);
+        it->counts =
+            status == ERROR_SUCCESS ? OpenedKey::Counts::kKnown : OpenedKey::Counts::kUnavailable;
+        it->subkeys = subkeys;
+        it->values = values;
+    }
+    return it->counts == OpenedKey::Counts::kKnown &&
+           index >= (of_values ? it->values : it->subkeys);
+}
+
 RegStatus Win32Registry::CloseKey(KeyHandle key) {
     if (key == 0) {
         return reg::kInvalidHandle;
+    }
+    for (auto it = opened_.rbegin(); it != opened_.rend(); ++it) {
+        if (it->handle == key) {
+            if (parked_) {
+                RegCloseKey(ToHkey(parked_->handle));
+            }
+            parked_ = std::move(*it);
+            opened_.erase(std::next(it).base());
+            return reg::kSuccess;
+        }
     }
     return Status(RegCloseKey(ToHkey(key)));
 }
@@ -102,6 +159,9 @@ RegStatus Win32Registry::CloseKey(KeyHandle key) {
 RegStatus Win32Registry::EnumKey(KeyHandle key, std::uint32_t index, std::string& name) {
     if (key == 0) {
         return reg::kInvalidHandle;
+    }
+    if (KnownToBePastTheEnd(key, index, false)) {
+        return reg::kNoMoreItems;
     }
     DWORD length = static_cast<DWORD>(name_buffer_.size());
     const LSTATUS status = RegEnumKeyExW(ToHkey(key), index, name_buffer_.data(), &length, nullptr,
@@ -116,6 +176,9 @@ RegStatus Win32Registry::EnumKey(KeyHandle key, std::uint32_t index, std::string
 RegStatus Win32Registry::EnumValue(KeyHandle key, std::uint32_t index, ValueSlot& value) {
     if (key == 0) {
         return reg::kInvalidHandle;
+    }
+    if (KnownToBePastTheEnd(key, index, true)) {
+        return reg::kNoMoreItems;
     }
     DWORD name_length = static_cast<DWORD>(name_buffer_.size());
     DWORD type = REG_NONE;

@@ -3,8 +3,17 @@
 // UTF-16 and reaches the engine as UTF-8; what the engine sees of sizes and of kMoreData
 // is measured in UTF-8, so the scan's 4096-byte limit means the same as it did for the
 // byte-string API the program was first written against.
+//
+// Every call is a round trip to the registry's owner (the kernel, or Wine's server), and
+// the scan opens each key twice in a row: once for its values, once for its subkeys. The
+// key closed last is therefore kept open, and handed out again when the very same key is
+// asked for with the same rights. And instead of finding the end of a key's values and
+// of its subkeys by a call that fails, both counts are asked for once per opened key.
 
 #include <array>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "engine/registry.h"
 
@@ -12,6 +21,11 @@ namespace regvex {
 
 class Win32Registry final : public Registry {
   public:
+    Win32Registry() = default;
+    ~Win32Registry() override;
+    Win32Registry(const Win32Registry&) = delete;
+    Win32Registry& operator=(const Win32Registry&) = delete;
+
     RegStatus OpenKey(RootKeyHandle root, std::string_view path, AccessMask access,
                       KeyHandle& key) override;
     RegStatus CreateKey(RootKeyHandle root, std::string_view path, AccessMask access,
@@ -26,6 +40,23 @@ class Win32Registry final : public Registry {
     RegStatus DeleteValue(KeyHandle key, std::string_view name) override;
 
   private:
+    struct OpenedKey {
+        KeyHandle handle = 0;
+        RootKeyHandle root = 0;
+        std::string path;
+        AccessMask access = 0;
+        enum class Counts { kNotAsked, kKnown, kUnavailable } counts = Counts::kNotAsked;
+        std::uint32_t subkeys = 0;
+        std::uint32_t values = 0;
+    };
+
+    // True when `index` lies past the key's last value (or subkey), as far as its counts
+    // tell; false when they do not tell (keys not opened by OpenKey, counts unavailable).
+    bool KnownToBePastTheEnd(KeyHandle key, std::uint32_t index, bool of_values);
+
+    std::vector<OpenedKey> opened_;    // handed out by OpenKey and not closed yet
+    std::optional<OpenedKey> parked_;  // closed by the caller, still open here
+
     // UTF-16 text takes at most two bytes per UTF-8 byte, so anything that fits the
     // engine's buffer once converted fits here; the extra unit holds an odd trailing byte.
     static constexpr std::size_t kWideDataUnits = reg::kDataBufferBytes + 1;
