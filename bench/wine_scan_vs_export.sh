@@ -1,0 +1,125 @@
+#!/usr/bin/env bash
+# Times the Windows command line's whole-registry scan against Wine's own regedit
+# exporting the whole registry, both on the same throwaway Wine prefix into which a
+# generated registry was imported. The export reads every key and value once through the
+# same registry server, so it is the floor a scan can be held to. See README.md.
+#
+# usage: bench/wine_scan_vs_export.sh [--bench FILE] [--cli FILE.exe] [--keys N]
+#                                     [--values N] [--seed N]
+set -euo pipefail
+
+repo=$(cd "$(dirname "$0")/.." && pwd)
+bench="$repo/build/linux-release/bench/regvex_scan_bench"
+cli="$repo/build/windows/src/regvexlor-cli.exe"
+keys=20000
+values=100000
+seed=1
+runs=3
+
+while [ $# -gt 0 ]; do
+    case "$1" in
+        --bench) bench=$2 ;;
+        --cli) cli=$2 ;;
+        --keys) keys=$2 ;;
+        --values) values=$2 ;;
+        --seed) seed=$2 ;;
+        *) echo "usage: $0 [--bench FILE] [--cli FILE.exe] [--keys N] [--values N] [--seed N]" >&2
+           exit 2 ;;
+    esac
+    shift 2
+done
+
+for tool in wine wineboot wineserver iconv; do
+    command -v "$tool" >/dev/null || { echo "$0: $tool is not installed" >&2; exit 2; }
+done
+if [ ! -x "$bench" ]; then
+    echo "$0: no $bench; build it with" >&2
+    echo "  cmake --preset linux-release && cmake --build --preset linux-release --target regvex_scan_bench" >&2
+    exit 2
+fi
+
+WINEPREFIX=$(mktemp -d "${TMPDIR:-/tmp}/regvex-wine-bench.XXXXXX")
+export WINEPREFIX
+export WINEDEBUG=-all
+export WINEDLLOVERRIDES="mscoree,mshtml="
+work="$WINEPREFIX/regvex-bench"
+log="$work/wine.log"
+
+cleanup() {
+    wineserver -k >/dev/null 2>&1 || true
+    rm -rf "$WINEPREFIX"
+}
+trap cleanup EXIT
+trap 'exit 130' INT TERM
+
+mkdir -p "$work"
+
+# Wine takes paths below / as drive Z:.
+windows_path() {
+    printf 'Z:%s' "${1//\//\\}"
+}
+
+# Seconds, with milliseconds, that the command took.
+seconds_of() {
+    local start end
+    start=$(date +%s%N)
+    "$@" || { echo "$0: $* failed; the end of $log:" >&2; tail -20 "$log" >&2; return 1; }
+    end=$(date +%s%N)
+    awk -v ns=$((end - start)) 'BEGIN { printf "%.3f", ns / 1e9 }'
+}
+
+best_of() {
+    local best="" t
+    for _ in $(seq "$runs"); do
+        t=$(seconds_of "$@") || return 1
+        if [ -z "$best" ] || awk -v a="$t" -v b="$best" 'BEGIN { exit !(a < b) }'; then
+            best=$t
+        fi
+    done
+    printf '%s' "$best"
+}
+
+echo "prefix      $WINEPREFIX (removed at exit)"
+wineboot -i >>"$log" 2>&1
+wineserver -w
+
+"$bench" write-reg --keys "$keys" --values "$values" --seed "$seed" \
+    --out "$work/generated.reg" --files "$WINEPREFIX/drive_c" >"$work/generated.txt"
+sed 's/^/generated   /' "$work/generated.txt"
+
+wine regedit /s "$(windows_path "$work/generated.reg")" >>"$log" 2>&1
+# The server writes the registry out when it ends; only then is the import settled.
+wineserver -w
+
+# From here on one server holds the registry for every timed command, so that none of
+# them pays for loading it.
+wineserver -p
+wine cmd /c exit >>"$log" 2>&1 || true
+
+export_once() {
+    rm -f "$work/export.reg"
+    wine regedit /e "$(windows_path "$work/export.reg")" >>"$log" 2>&1
+}
+export_seconds=$(best_of export_once)
+if [ ! -s "$work/export.reg" ]; then
+    echo "$0: regedit /e wrote nothing; see the log:" >&2
+    tail -20 "$log" >&2
+    exit 1
+fi
+exported_keys=$(iconv -f UTF-16LE -t UTF-8 "$work/export.reg" | grep -c '^\[' || true)
+echo "registry    $exported_keys keys in the export ($(du -h "$work/export.reg" | cut -f1))"
+echo "export      $export_seconds s (best of $runs)"
+
+if [ ! -f "$cli" ]; then
+    echo "scan        not run: no $cli" >&2
+    echo "  (build it with: cmake --build --preset windows --target regvexlor-cli)" >&2
+    exit 3
+fi
+scan_once() {
+    wine "$cli" scan --drive C: >/dev/null 2>"$work/scan.err" ||
+        { cat "$work/scan.err" >>"$log"; return 1; }
+}
+scan_seconds=$(best_of scan_once)
+found=$(tr '\r' '\n' <"$work/scan.err" | grep -E 'errors? found' | tail -1 || true)
+echo "scan        $scan_seconds s (best of $runs)${found:+, $found}"
+awk -v s="$scan_seconds" -v e="$export_seconds" 'BEGIN { printf "ratio %.2f\n", (e > 0 ? s / e : 0) }'
