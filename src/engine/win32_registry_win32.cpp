@@ -103,6 +103,7 @@ RegStatus Win32Registry::OpenKey(RootKeyHandle root, std::string_view path, Acce
 RegStatus Win32Registry::CreateKey(RootKeyHandle root, std::string_view path, AccessMask access,
                                    KeyHandle& key) {
     key = 0;
+    ForgetCounts();
     const HKEY parent = PredefinedKey(root);
     if (parent == nullptr) {
         return reg::kInvalidHandle;
@@ -137,6 +138,15 @@ bool Win32Registry::KnownToBePastTheEnd(KeyHandle key, std::uint32_t index, bool
     }
     return it->counts == OpenedKey::Counts::kKnown &&
            index >= (of_values ? it->values : it->subkeys);
+}
+
+void Win32Registry::ForgetCounts() {
+    for (OpenedKey& opened : opened_) {
+        opened.counts = OpenedKey::Counts::kNotAsked;
+    }
+    if (parked_) {
+        parked_->counts = OpenedKey::Counts::kNotAsked;
+    }
 }
 
 RegStatus Win32Registry::CloseKey(KeyHandle key) {
@@ -249,6 +259,7 @@ RegStatus Win32Registry::SetValue(KeyHandle key, std::string_view name, std::uin
     if (key == 0) {
         return reg::kInvalidHandle;
     }
+    ForgetCounts();
     const std::wstring wide_name = text::ToWide(name);
     if (reg::IsTextType(type)) {
         const std::wstring wide = Utf8BytesToWide(data);
@@ -264,6 +275,7 @@ RegStatus Win32Registry::DeleteValue(KeyHandle key, std::string_view name) {
     if (key == 0) {
         return reg::kInvalidHandle;
     }
+    ForgetCounts();
     return Status(RegDeleteValueW(ToHkey(key), text::ToWide(name).c_str()));
 }
 

@@ -8,7 +8,10 @@
 // the scan opens each key twice in a row: once for its values, once for its subkeys. The
 // key closed last is therefore kept open, and handed out again when the very same key is
 // asked for with the same rights. And instead of finding the end of a key's values and
-// of its subkeys by a call that fails, both counts are asked for once per opened key.
+// of its subkeys by a call that fails, both counts are asked for once per opened key;
+// what is added to a key after that is not seen through that handle (a plain
+// enumeration promises no more), except that changes made through this object make the
+// counts be asked for again.
 
 #include <array>
 #include <optional>
@@ -53,6 +56,7 @@ class Win32Registry final : public Registry {
     // True when `index` lies past the key's last value (or subkey), as far as its counts
     // tell; false when they do not tell (keys not opened by OpenKey, counts unavailable).
     bool KnownToBePastTheEnd(KeyHandle key, std::uint32_t index, bool of_values);
+    void ForgetCounts();
 
     std::vector<OpenedKey> opened_;    // handed out by OpenKey and not closed yet
     std::optional<OpenedKey> parked_;  // closed by the caller, still open here

@@ -336,3 +336,72 @@ TEST_F(Win32RegistryTest, OtherFailuresPassThroughAndNoHandleIsNotAKey) {
 
 }  // namespace
 }  // namespace regvex
+
+namespace regvex {
+namespace {
+
+class ReopeningTest : public Win32RegistryTest {
+  protected:
+    // The value names of a key opened the way the scan opens keys.
+    std::vector<std::string> ValuesOf(const std::string& path, KeyHandle* handle = nullptr) {
+        ScopedKey key;
+        EXPECT_EQ(ScopedKey::Open(registry_, kHkeyCurrentUser, path, reg::kKeyAllAccess, key),
+                  reg::kSuccess);
+        if (handle != nullptr) {
+            *handle = key.get();
+        }
+        std::vector<std::string> names;
+        ValueSlot slot;
+        for (std::uint32_t i = 0; registry_.EnumValue(key.get(), i, slot) == reg::kSuccess; ++i) {
+            names.push_back(slot.name);
+        }
+        return names;
+    }
+};
+
+TEST_F(ReopeningTest, TheKeyClosedLastComesBackAndSeesChangesMadeThroughTheRegistry) {
+    ScopedKey writer = Create("k");
+    Set(writer, "a", reg::kSz, std::string("1", 2));
+    const std::string path = test_key_.Below("k");
+    KeyHandle first = 0;
+    KeyHandle again = 0;
+    EXPECT_EQ(ValuesOf(path, &first), std::vector<std::string>{"a"});
+
+    Set(writer, "b", reg::kSz, std::string("2", 2));
+    EXPECT_EQ(ValuesOf(path, &again), (std::vector<std::string>{"a", "b"}));
+    EXPECT_EQ(again, first);
+
+    // Another key, or the same key with other rights, is opened afresh.
+    Create("other");
+    KeyHandle other = 0;
+    ValuesOf(test_key_.Below("other"), &other);
+    EXPECT_NE(other, first);
+    ScopedKey read_only;
+    ASSERT_EQ(ScopedKey::Open(registry_, kHkeyCurrentUser, test_key_.Below("other"), reg::kKeyRead,
+                              read_only),
+              reg::kSuccess);
+    EXPECT_NE(read_only.get(), other);
+}
+
+TEST_F(ReopeningTest, CountsEndEnumerationsWhereTheRegistryWould) {
+    ScopedKey parent = Create("p");
+    for (const char* name : {"x", "y", "z"}) {
+        Create(std::string("p\\") + name);
+        Set(parent, name, reg::kDword, std::string(4, '\0'));
+    }
+    ScopedKey key;
+    ASSERT_EQ(
+        ScopedKey::Open(registry_, kHkeyCurrentUser, test_key_.Below("p"), reg::kKeyAllAccess, key),
+        reg::kSuccess);
+    ValueSlot slot;
+    std::string name;
+    for (std::uint32_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(registry_.EnumValue(key.get(), i, slot), reg::kSuccess) << i;
+        EXPECT_EQ(registry_.EnumKey(key.get(), i, name), reg::kSuccess) << i;
+    }
+    EXPECT_EQ(registry_.EnumValue(key.get(), 3, slot), reg::kNoMoreItems);
+    EXPECT_EQ(registry_.EnumKey(key.get(), 3, name), reg::kNoMoreItems);
+}
+
+}  // namespace
+}  // namespace regvex
