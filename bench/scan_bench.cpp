@@ -16,7 +16,6 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/caching_file_existence.h"
 #include "engine/drive_map.h"
 #include "engine/memory_registry.h"
 #include "engine/reg_search.h"
@@ -183,10 +182,8 @@ ScanResult Scan(Registry& registry, const std::filesystem::path& drive_c) {
     const auto start = std::chrono::steady_clock::now();
     std::size_t findings = 0;
     {
-        // As the program scans: the platform's answers, remembered for the scan.
-        DriveMapFileExistence drive;
-        drive.Map('C', drive_c);
-        CachingFileExistence files(drive);
+        DriveMapFileExistence files;
+        files.Map('C', drive_c);
         FindingRules rules;
         rules.scan_drive = "C:\\";
         rules.files = &files;

@@ -97,6 +97,18 @@ class CliScanEvents final : public SearchEvents {
     std::int32_t reason_ = 0;
 };
 
+// The system's existence test with its answers remembered for one scan.
+class CachingSystemFiles final : public FileExistence {
+  public:
+    explicit CachingSystemFiles(std::unique_ptr<FileExistence> system)
+        : system_(std::move(system)), answers_(*system_) {}
+    int Check(const std::string& path) override { return answers_.Check(path); }
+
+  private:
+    std::unique_ptr<FileExistence> system_;
+    CachingFileExistence answers_;
+};
+
 std::unique_ptr<Registry> LoadRegistry(const ScanOptions& options, std::ostream& err,
                                        CliPlatform& platform) {
     if (options.registry_files.empty()) {
@@ -142,8 +154,11 @@ std::unique_ptr<FileExistence> ChooseFiles(const ScanOptions& options, std::ostr
     if (!system) {
         err << "regvexlor-cli: nothing here stands for drive " << drive
             << ": -- give the folder that does with --map " << drive << ":=DIR\n";
+        return nullptr;
     }
-    return system;
+    // The system's answer is worth remembering for the scan; the drive map above keeps
+    // its own.
+    return std::make_unique<CachingSystemFiles>(std::move(system));
 }
 
 }  // namespace
@@ -202,8 +217,7 @@ int RunScan(const ScanOptions& options, std::ostream& out, std::ostream& err,
 
     // The scan as the program runs it: every root, value names and data, the extension
     // filter off.
-    CachingFileExistence answers(*files);
-    const FindingRules rules{options.scan_drive, &answers, {}, false};
+    const FindingRules rules{options.scan_drive, files.get(), {}, false};
     ProgressLine progress(err, platform.StderrIsTerminal());
     CliSearchHost host(progress);
     CliScanEvents events(rules, out, progress);
