@@ -13,7 +13,7 @@
 namespace regvex::cli {
 
 class CliPlatform {
-public:
+  public:
     virtual ~CliPlatform() = default;
     // The registry of the running system, or null with the reason when it has none.
     virtual std::unique_ptr<Registry> OpenLiveRegistry(std::string& why_not) = 0;
@@ -21,6 +21,7 @@ public:
     virtual std::unique_ptr<FileExistence> SystemFiles() = 0;
     virtual const text::AnsiCodePage& AnsiCodePage() = 0;
     virtual AccessMask KeyAccessMask() = 0;
+    virtual bool StdoutIsTerminal() = 0;
     virtual bool StderrIsTerminal() = 0;
 };
 

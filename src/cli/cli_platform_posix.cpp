@@ -7,7 +7,7 @@ namespace regvex::cli {
 namespace {
 
 class PosixPlatform final : public CliPlatform {
-public:
+  public:
     std::unique_ptr<Registry> OpenLiveRegistry(std::string& why_not) override {
         why_not =
             "this system has no registry of its own; scan registry exports with "
@@ -18,15 +18,18 @@ public:
     const text::AnsiCodePage& AnsiCodePage() override { return code_page_; }
     // No 64-bit registry view to ask for: the files are the whole registry.
     AccessMask KeyAccessMask() override { return reg::kKeyAllAccess; }
+    bool StdoutIsTerminal() override { return isatty(STDOUT_FILENO) != 0; }
     bool StderrIsTerminal() override { return isatty(STDERR_FILENO) != 0; }
 
-private:
+  private:
     text::Windows1252CodePage code_page_;
 };
 
 }  // namespace
 
-std::unique_ptr<CliPlatform> MakeSystemPlatform() { return std::make_unique<PosixPlatform>(); }
+std::unique_ptr<CliPlatform> MakeSystemPlatform() {
+    return std::make_unique<PosixPlatform>();
+}
 
 std::vector<std::string> Utf8Arguments(int argc, char** argv) {
     return std::vector<std::string>(argv + 1, argv + argc);

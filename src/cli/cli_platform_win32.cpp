@@ -30,6 +30,7 @@ class Win32Platform final : public CliPlatform {
         Win32SystemInfo system;
         return KeyMasksFor(Is64BitWindows(system)).KeyAccessMask;
     }
+    bool StdoutIsTerminal() override { return _isatty(_fileno(stdout)) != 0; }
     bool StderrIsTerminal() override { return _isatty(_fileno(stderr)) != 0; }
 
   private:

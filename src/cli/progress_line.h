@@ -11,7 +11,7 @@
 namespace regvex::cli {
 
 class ProgressLine {
-public:
+  public:
     ProgressLine(std::ostream& out, bool enabled) : out_(out), enabled_(enabled) {}
 
     void KeyVisited(std::string_view full_key_name);
@@ -21,7 +21,7 @@ public:
 
     std::size_t keys() const { return keys_; }
 
-private:
+  private:
     void Draw(std::string_view root);
 
     static constexpr auto kRedrawInterval = std::chrono::milliseconds(100);

@@ -71,16 +71,24 @@ class CliSearchHost final : public SearchHost {
 
 class CliScanEvents final : public SearchEvents {
   public:
-    CliScanEvents(const FindingRules& rules, std::ostream& out, ProgressLine& progress)
-        : rules_(rules), out_(out), progress_(progress) {}
+    // `interactive`: the findings and the progress line share one terminal.
+    CliScanEvents(const FindingRules& rules, std::ostream& out, ProgressLine& progress,
+                  bool interactive)
+        : rules_(rules), out_(out), progress_(progress), interactive_(interactive) {}
 
     void SearchFound(std::string_view sRootKey, std::string_view sKey, std::string_view sValue,
                      std::int32_t lFound) override {
         if (!IsListedFinding(rules_, sKey, sValue)) {
             return;
         }
+        if (interactive_) {
+            progress_.Clear();
+        }
         out_ << FindingStatus(lFound) << '\t' << sRootKey << '\t' << OneLineField(sKey) << '\t'
              << OneLineField(sValue) << '\n';
+        if (interactive_) {
+            out_.flush();
+        }
         ++count_;
         progress_.FindingListed();
     }
@@ -93,6 +101,7 @@ class CliScanEvents final : public SearchEvents {
     const FindingRules& rules_;
     std::ostream& out_;
     ProgressLine& progress_;
+    bool interactive_;
     std::size_t count_ = 0;
     std::int32_t reason_ = 0;
 };
@@ -218,9 +227,10 @@ int RunScan(const ScanOptions& options, std::ostream& out, std::ostream& err,
     // The scan as the program runs it: every root, value names and data, the extension
     // filter off.
     const FindingRules rules{options.scan_drive, files.get(), {}, false};
-    ProgressLine progress(err, platform.StderrIsTerminal());
+    const bool progress_shown = platform.StderrIsTerminal();
+    ProgressLine progress(err, progress_shown);
     CliSearchHost host(progress);
-    CliScanEvents events(rules, out, progress);
+    CliScanEvents events(rules, out, progress, progress_shown && platform.StdoutIsTerminal());
     cRegSearch search(*registry, host, events, platform.KeyAccessMask());
     search.RootKey(kHkeyAll);
     search.SubKey("");

@@ -24,7 +24,7 @@ std::string ReadFile(const std::string& path) {
 // A system without a registry or drives of its own, as Linux is; or, when given one,
 // a system whose live registry is `live` and whose files all exist.
 class FakePlatform final : public CliPlatform {
-public:
+  public:
     std::unique_ptr<Registry> OpenLiveRegistry(std::string& why_not) override {
         why_not = "no live registry here";
         return nullptr;
@@ -32,9 +32,10 @@ public:
     std::unique_ptr<FileExistence> SystemFiles() override { return nullptr; }
     const text::AnsiCodePage& AnsiCodePage() override { return code_page_; }
     AccessMask KeyAccessMask() override { return reg::kKeyAllAccess; }
+    bool StdoutIsTerminal() override { return false; }
     bool StderrIsTerminal() override { return false; }
 
-private:
+  private:
     text::Windows1252CodePage code_page_;
 };
 
@@ -53,8 +54,9 @@ CliRun RunWith(const std::vector<std::string>& args) {
 }
 
 TEST(Cli, ScanListsExactlyTheMissingFilesOfTheFixtureInOrder) {
-    const CliRun run = RunWith({"scan", "--drive", "c:", "--registry", kFixtures + "/scan_examples.reg",
-                             "--map", "C:=" + kFixtures + "/drive_c"});
+    const CliRun run =
+        RunWith({"scan", "--drive", "c:", "--registry", kFixtures + "/scan_examples.reg", "--map",
+                 "C:=" + kFixtures + "/drive_c"});
     EXPECT_EQ(run.exit_code, kExitOk) << run.err;
     EXPECT_EQ(run.out, ReadFile(kFixtures + "/scan_examples.expected"));
     EXPECT_EQ(run.err, "12 errors found\n");
@@ -67,9 +69,9 @@ TEST(Cli, LaterRegistryFilesApplyOnTopOfEarlierOnes) {
         << "REGEDIT4\r\n\r\n[HKEY_CURRENT_USER\\Software\\Vexlor Fixture]\r\n"
            "\"Plain\"=-\r\n\"Added\"=\"C:\\\\added.exe\"\r\n\r\n"
            "[-HKEY_CURRENT_USER\\Software\\Vexlor Fixture\\Deeper]\r\n";
-    const CliRun run = RunWith({"scan", "--drive", "C", "--registry",
-                             kFixtures + "/scan_examples.reg", "--registry", second, "--map",
-                             "c=" + kFixtures + "/drive_c"});
+    const CliRun run =
+        RunWith({"scan", "--drive", "C", "--registry", kFixtures + "/scan_examples.reg",
+                 "--registry", second, "--map", "c=" + kFixtures + "/drive_c"});
     EXPECT_EQ(run.exit_code, kExitOk) << run.err;
     EXPECT_EQ(run.out.find("\\Plain\t"), std::string::npos);
     EXPECT_EQ(run.out.find("Deeper"), std::string::npos);
@@ -83,8 +85,8 @@ TEST(Cli, FieldsStayOnOneLine) {
     std::ofstream(file, std::ios::binary)
         << "Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CURRENT_USER\\K]\r\n"
            "\"v\"=\"C:\\\\a.exe\\n\tnext\"\r\n";
-    const CliRun run = RunWith({"scan", "--drive", "C:", "--registry", file, "--map",
-                             "C:=" + folder.path().string()});
+    const CliRun run = RunWith(
+        {"scan", "--drive", "C:", "--registry", file, "--map", "C:=" + folder.path().string()});
     EXPECT_EQ(run.out, "Invalid Entry\tHKEY_CURRENT_USER\tK\\v\tC:\\a.exe  next\n");
 }
 
@@ -128,8 +130,8 @@ TEST(Cli, MalformedRegistryFileNamesTheLine) {
     const std::string file = (folder.path() / "broken.reg").string();
     std::ofstream(file, std::ios::binary) << "REGEDIT4\r\n\r\n[HKEY_CURRENT_USER\\K]\r\n"
                                              "\"v\"=dword:xyz\r\n";
-    const CliRun run = RunWith({"scan", "--drive", "C:", "--registry", file, "--map",
-                             "C:=" + folder.path().string()});
+    const CliRun run = RunWith(
+        {"scan", "--drive", "C:", "--registry", file, "--map", "C:=" + folder.path().string()});
     EXPECT_EQ(run.exit_code, kExitUsage);
     EXPECT_NE(run.err.find("broken.reg:4: "), std::string::npos) << run.err;
 }
