@@ -69,6 +69,7 @@ bool AppendNormalised(std::string_view rest, std::string& normal) {
 void DriveMapFileExistence::Map(char drive, std::filesystem::path folder) {
     drives_[DriveKey(drive)] = std::move(folder);
     folders_.clear();
+    last_answer_ = -1;
 }
 
 bool DriveMapFileExistence::IsMapped(char drive) const {
@@ -125,6 +126,14 @@ const DriveMapFileExistence::Folder* DriveMapFileExistence::FolderAt(std::string
 }
 
 int DriveMapFileExistence::Check(const std::string& path) {
+    if (last_answer_ < 0 || path != last_path_) {
+        last_answer_ = Answer(path);
+        last_path_ = path;
+    }
+    return last_answer_;
+}
+
+int DriveMapFileExistence::Answer(const std::string& path) {
     // Only absolute paths on a mapped drive: "X:\..." or "X:/...".
     if (path.size() < 3 || path[1] != ':' || !IsSeparator(path[2]) || !IsMapped(path[0])) {
         return 0;

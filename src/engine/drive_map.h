@@ -37,6 +37,8 @@ class DriveMapFileExistence final : public FileExistence {
         bool is_directory = false;
         std::string name;  // as on disk; kept for folders only, the only ones gone into
     };
+    int Answer(const std::string& path);
+
     // Looked up by string_view without making a string of it first.
     struct TextHash {
         using is_transparent = void;
@@ -61,6 +63,9 @@ class DriveMapFileExistence final : public FileExistence {
     TextMap<Folder> folders_;
     std::string raw_;
     std::string normal_;
+    // A missing file is asked about twice in a row; the second answer is the first.
+    std::string last_path_;
+    int last_answer_ = -1;
 };
 
 }  // namespace regvex
