@@ -130,21 +130,6 @@ class MemoryRegistrySink final : public RegistrySink {
     ScopedKey key_;
 };
 
-// What the scan's owner window would be, minus the window.
-class BenchHost final : public SearchHost {
-  public:
-    void SetProgressMax(int max) override { max_ = max; }
-    int ProgressValue() const override { return value_; }
-    void SetProgressValue(int value) override { value_ = value; }
-    void SetCurrentKey(const std::string&) override {}
-    void DoEvents() override {}
-    void EndProcess() override { std::abort(); }
-
-  private:
-    int max_ = 0;
-    int value_ = 0;
-};
-
 class FindingCounter final : public SearchEvents {
   public:
     explicit FindingCounter(const FindingRules& rules) : rules_(rules) {}
@@ -188,7 +173,7 @@ ScanResult Scan(Registry& registry, const std::filesystem::path& drive_c) {
         rules.scan_drive = "C:\\";
         rules.files = &files;
         rules.safe_scan = false;
-        BenchHost host;
+        QuietSearchHost host;
         FindingCounter events(rules);
         cRegSearch search(registry, host, events, KeyMasksFor(false).KeyAccessMask);
         search.RootKey(kHkeyAll);

@@ -5,6 +5,7 @@
 // yields to it once per subkey, which is where a Stop click gets handled.
 
 #include <cstdint>
+#include <cstdlib>
 #include <span>
 #include <string>
 #include <string_view>
@@ -28,6 +29,21 @@ class SearchHost {
     virtual void DoEvents() = 0;
     // Ends the whole process at once. Must not return.
     virtual void EndProcess() = 0;
+};
+
+// A host with nothing to show and nothing to pump: for searches run without a window.
+class QuietSearchHost final : public SearchHost {
+  public:
+    void SetProgressMax(int) override {}
+    int ProgressValue() const override { return progress_; }
+    void SetProgressValue(int value) override { progress_ = value; }
+    void SetCurrentKey(const std::string&) override {}
+    void DoEvents() override {}
+    // Nothing here asks the search to close the program.
+    void EndProcess() override { std::abort(); }
+
+  private:
+    int progress_ = 0;
 };
 
 // The events of cRegSearch, received by its owner.

@@ -23,19 +23,6 @@ namespace {
 
 using namespace std::string_literals;
 
-class QuietHost final : public SearchHost {
-  public:
-    void SetProgressMax(int) override {}
-    int ProgressValue() const override { return value_; }
-    void SetProgressValue(int value) override { value_ = value; }
-    void SetCurrentKey(const std::string&) override {}
-    void DoEvents() override {}
-    void EndProcess() override { std::abort(); }
-
-  private:
-    int value_ = 0;
-};
-
 struct Row {
     std::string root;
     std::string key;
@@ -117,7 +104,7 @@ TEST(FullScan, ListsExactlyTheMissingFilesThatTheTestKeyNames) {
     Win32SystemInfo system;
     Win32FileExistence files;
     const FindingRules rules{"C:\\", &files, {}, false};
-    QuietHost host;
+    QuietSearchHost host;
     ListingEvents events(rules);
     cRegSearch search(registry, host, events, KeyMasksFor(Is64BitWindows(system)).KeyAccessMask);
     search.RootKey(kHkeyAll);
