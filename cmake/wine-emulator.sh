@@ -12,4 +12,8 @@ if [ ! -f "$prefix/system.reg" ]; then
     # Two tests may start together on a fresh prefix; only one may boot it.
     flock "$prefix/.boot-lock" sh -c '[ -f "$WINEPREFIX/system.reg" ] || wineboot -i >/dev/null 2>&1'
 fi
+# Windows need a display; without one, a virtual one serves this program alone.
+if [ -z "${DISPLAY:-}" ]; then
+    exec xvfb-run -a -s "-screen 0 1280x1024x24" wine "$@"
+fi
 exec wine "$@"
