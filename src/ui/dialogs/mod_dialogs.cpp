@@ -29,8 +29,12 @@ void StoreBackground(bool& present, DialogColor& slot, const DialogColor& argume
     }
 }
 
-BrushRecipe Solid(ColorRef color) { return {BrushKind::kSolid, color, 0}; }
-BrushRecipe Pattern(std::uintptr_t bitmap) { return {BrushKind::kPattern, 0, bitmap}; }
+BrushRecipe Solid(ColorRef color) {
+    return {BrushKind::kSolid, color, 0};
+}
+BrushRecipe Pattern(std::uintptr_t bitmap) {
+    return {BrushKind::kPattern, 0, bitmap};
+}
 
 }  // namespace
 
@@ -49,8 +53,8 @@ void RecordColors(ColorState& state, const DialogColor& text, const DialogColor&
 DialogBrushes ChooseBrushes(const ColorState& state) {
     DialogBrushes brushes;
     if (state.present[1]) {
-        brushes.brush1 =
-            state.back.kind == Kind::kPicture ? Pattern(state.back.bitmap) : Solid(state.back.color);
+        brushes.brush1 = state.back.kind == Kind::kPicture ? Pattern(state.back.bitmap)
+                                                           : Solid(state.back.color);
     }
     if (state.present[3]) {
         // Tiled or solid goes by the dialog background, not by the edit background: the

@@ -39,9 +39,9 @@ void RecordColors(ColorState& state, const DialogColor& text, const DialogColor&
                   const DialogColor& edit_text, const DialogColor& edit_back);
 
 enum class BrushKind {
-    kNone,     // the handle becomes 0
-    kSolid,    // from `color`
-    kPattern,  // tiled from `bitmap`
+    kNone,       // the handle becomes 0
+    kSolid,      // from `color`
+    kPattern,    // tiled from `bitmap`
     kUnchanged,  // the brush could not be made; the handle keeps whatever it held
 };
 
@@ -70,8 +70,8 @@ enum class Reply {
 };
 
 struct MessageAnswer {
-    std::optional<ColorRef> text_color;     // set on the device context in wParam
-    std::optional<int> background_mode;     // likewise
+    std::optional<ColorRef> text_color;  // set on the device context in wParam
+    std::optional<int> background_mode;  // likewise
     Reply reply = Reply::kPreviousOrDefaultProcedure;
 
     bool operator==(const MessageAnswer&) const = default;
