@@ -1,0 +1,122 @@
+#pragma once
+// The task pane as a Windows child control: collapsible groups of link items with icons,
+// in the manner of the shell's own task panes. It draws itself with GDI in the system's
+// colours, shows a tooltip per item that has one, scrolls when its groups are taller
+// than it, and takes the font given by WM_SETFONT.
+//
+//     TaskPane pane;
+//     pane.Create(main_window, kTaskPaneId, rect);
+//     pane.SetOnItemClick([](std::string_view key) { ... });
+//     pane.SetGroups(std::move(groups));  // items carry TaskIcon numbers
+//
+// Keyboard: Tab, Shift+Tab, Up and Down move between links; Enter or Space follows one;
+// the accelerator letter of a group's caption (with or without Alt) goes to its first
+// link. A parent that wants Alt+letter to reach the pane from elsewhere hands its
+// WM_SYSCHAR letters to HandleAccelerator.
+
+#include <windows.h>
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ui/taskpane/gdi_owners_win32.h"
+#include "ui/taskpane/task_pane_colors.h"
+#include "ui/taskpane/task_pane_model.h"
+
+namespace regvex::ui {
+
+class TaskPane {
+  public:
+    static constexpr const wchar_t* kClassName = L"RegvexTaskPane";
+
+    TaskPane() = default;
+    ~TaskPane();
+    TaskPane(const TaskPane&) = delete;
+    TaskPane& operator=(const TaskPane&) = delete;
+
+    // A visible child of `parent` with the given control id, in parent client
+    // coordinates. False when the window cannot be made.
+    bool Create(HWND parent, int control_id, const RECT& rect);
+    HWND hwnd() const { return window_.get(); }
+    // The tooltip window, with one tool per item that has a tooltip.
+    HWND tooltip() const { return tooltip_.get(); }
+
+    void SetGroups(std::vector<TaskGroup> groups);
+    // Called with the key of the link the user follows, after the pane has drawn itself.
+    void SetOnItemClick(std::function<void(std::string_view key)> on_click);
+    // Another image list for the items' icons, kept by the caller; null goes back to the
+    // pane's own (CreateTaskIconImageList).
+    void SetImageList(HIMAGELIST images);
+
+    bool SetGroupCollapsed(std::string_view group_key, bool collapsed);
+    bool IsGroupCollapsed(std::string_view group_key) const;
+
+    // Where an item or a group's caption bar is now, in the pane's client coordinates.
+    // Nothing for an unknown key or an item of a collapsed group.
+    std::optional<RECT> ItemRect(std::string_view key) const;
+    std::optional<RECT> ItemRect(int group, int item) const;
+    std::optional<RECT> HeaderRect(std::string_view group_key) const;
+
+    // Focuses the first link of the group with this accelerator letter. False when no
+    // group has it, so that the caller can pass the letter on (to its menu).
+    bool HandleAccelerator(wchar_t letter);
+
+    int scroll_position() const { return scroll_y_; }
+    const TaskPaneModel& model() const { return model_; }
+
+  private:
+    static LRESULT CALLBACK WindowProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+    LRESULT HandleMessage(UINT message, WPARAM wparam, LPARAM lparam);
+
+    void UpdateFonts(HFONT font);
+    void UpdateMetrics();
+    void Relayout();
+    void UpdateScrollBar();
+    void ScrollTo(int position);
+    void RevealFocus();
+    void RebuildTools();
+    void UpdateToolRects();
+    void Redraw();
+    void RefreshHover();
+    void OnKeyDown(WPARAM key);
+    void Follow(const PaneAction& action);
+
+    void Paint(HDC dc, const RECT& client) const;
+    void PaintGroup(HDC dc, std::size_t index, const PanePalette& palette) const;
+    bool ShowCues() const;
+    HIMAGELIST images() const;
+    int Scale(int pixels) const;
+    RECT ToClient(const PaneRect& rect) const;
+    PanePoint ToContent(LPARAM lparam) const;
+
+    taskpane::UniqueWindow window_;
+    taskpane::UniqueWindow tooltip_;
+    TaskPaneModel model_;
+    std::function<void(std::string_view)> on_click_;
+
+    // The font handed over by WM_SETFONT belongs to the caller; the others are ours.
+    HFONT font_ = nullptr;
+    taskpane::UniqueFont default_font_;
+    taskpane::UniqueFont bold_font_;
+    taskpane::UniqueFont underline_font_;
+    taskpane::UniqueDc measure_dc_;
+
+    taskpane::UniqueImageList own_images_;
+    HIMAGELIST images_ = nullptr;
+
+    int dpi_ = 96;
+    int scroll_y_ = 0;
+    int wheel_remainder_ = 0;
+    bool laying_out_ = false;
+    bool tracking_mouse_ = false;
+    // Focus rectangles and accelerator underlines show once the keyboard is used.
+    bool keyboard_cues_ = false;
+    std::optional<POINT> last_mouse_;
+    // The item of each tool, by the tool's id.
+    std::vector<ItemRef> tools_;
+};
+
+}  // namespace regvex::ui
