@@ -8,6 +8,7 @@ namespace {
 
 constexpr const char* kUsage =
     "usage: regvexlor-cli scan --drive C: [--registry FILE.reg]... [--map C:=DIR]...\n"
+    "                          [--ignore FILE]\n"
     "\n"
     "  scan   lists registry values that name a missing file on the drive, one line each:\n"
     "         status, root key, subkey and value name, value (tab-separated)\n"
@@ -15,7 +16,9 @@ constexpr const char* kUsage =
     "  --drive C:            the drive whose files are checked\n"
     "  --registry FILE.reg   scan this registry export instead of the live registry\n"
     "                        (repeatable: the files are read into one registry)\n"
-    "  --map C:=DIR          answer the existence test for drive C: from folder DIR\n";
+    "  --map C:=DIR          answer the existence test for drive C: from folder DIR\n"
+    "  --ignore FILE         leave out findings whose file path or subkey contains an\n"
+    "                        entry of this ignore list (the program's Ignore.txt)\n";
 
 }  // namespace
 

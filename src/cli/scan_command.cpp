@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <memory>
 
 #include "backup/reg_file_reader.h"
@@ -11,6 +13,7 @@
 #include "engine/drive_map.h"
 #include "engine/memory_registry.h"
 #include "engine/reg_search.h"
+#include "ignore/ignore_list.h"
 #include "scan/finding_verdict.h"
 #include "text/utf8_path.h"
 
@@ -170,13 +173,37 @@ std::unique_ptr<FileExistence> ChooseFiles(const ScanOptions& options, std::ostr
     return std::make_unique<CachingSystemFiles>(std::move(system));
 }
 
+// The ignore list read as the program loads it. The command line never creates the file:
+// a name that reads nothing is more likely a mistake than an empty list.
+bool LoadIgnoreList(const ScanOptions& options, std::ostream& err, CliPlatform& platform,
+                    std::vector<std::string>& entries) {
+    if (options.ignore_file.empty()) {
+        return true;
+    }
+    const std::filesystem::path path = text::PathFromUtf8(options.ignore_file);
+    std::error_code error;
+    // A folder opens as a stream on some systems and then reads nothing.
+    std::ifstream in;
+    if (std::filesystem::is_regular_file(path, error)) {
+        in.open(path, std::ios::binary);
+    }
+    const std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    if (!in.is_open() || in.bad()) {
+        err << "regvexlor-cli: cannot read the ignore list \"" << options.ignore_file << "\"\n";
+        return false;
+    }
+    entries = LoadIgnoreEntries(bytes, platform.AnsiCodePage());
+    return true;
+}
+
 }  // namespace
 
 bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options,
                       std::string& error) {
     for (std::size_t i = 0; i < args.size(); ++i) {
         const std::string& option = args[i];
-        if (option != "--drive" && option != "--registry" && option != "--map") {
+        if (option != "--drive" && option != "--registry" && option != "--map" &&
+            option != "--ignore") {
             error = "unknown option \"" + option + "\"";
             return false;
         }
@@ -194,6 +221,16 @@ bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options
             options.scan_drive = std::string(1, drive) + ":\\";
         } else if (option == "--registry") {
             options.registry_files.push_back(value);
+        } else if (option == "--ignore") {
+            if (!options.ignore_file.empty()) {
+                error = "--ignore can be given once";
+                return false;
+            }
+            if (value.empty()) {
+                error = "--ignore needs a file";
+                return false;
+            }
+            options.ignore_file = value;
         } else {
             const std::size_t equals = value.find('=');
             char drive = 0;
@@ -223,10 +260,14 @@ int RunScan(const ScanOptions& options, std::ostream& out, std::ostream& err,
     if (!files) {
         return kExitUsage;
     }
+    std::vector<std::string> ignore_entries;
+    if (!LoadIgnoreList(options, err, platform, ignore_entries)) {
+        return kExitUsage;
+    }
 
     // The scan as the program runs it: every root, value names and data, the extension
     // filter off.
-    const FindingRules rules{options.scan_drive, files.get(), {}, false};
+    const FindingRules rules{options.scan_drive, files.get(), ignore_entries, false};
     const bool progress_shown = platform.StderrIsTerminal();
     ProgressLine progress(err, progress_shown);
     CliSearchHost host(progress);

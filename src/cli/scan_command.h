@@ -15,6 +15,7 @@ struct ScanOptions {
     std::string scan_drive;  // "C:\"
     std::vector<std::string> registry_files;
     std::vector<std::pair<char, std::string>> drive_folders;  // drive letter, folder
+    std::string ignore_file;  // an ignore list, as the program keeps it; empty for none
 };
 
 bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options,

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -134,6 +135,97 @@ TEST(Cli, MalformedRegistryFileNamesTheLine) {
         {"scan", "--drive", "C:", "--registry", file, "--map", "C:=" + folder.path().string()});
     EXPECT_EQ(run.exit_code, kExitUsage);
     EXPECT_NE(run.err.find("broken.reg:4: "), std::string::npos) << run.err;
+}
+
+TEST(Cli, IgnoreListLeavesOutFindingsWhosePathOrSubkeyHoldsAnEntry) {
+    // \app\ twice in two cases, an empty line, "caf\xE9" in Windows-1252, and a last
+    // line without its CR LF; all upper-cased on reading.
+    const CliRun run =
+        RunWith({"scan", "--drive", "C:", "--registry", kFixtures + "/scan_examples.reg", "--map",
+                 "C:=" + kFixtures + "/drive_c", "--ignore", kFixtures + "/scan_examples.ignore"});
+    EXPECT_EQ(run.exit_code, kExitOk) << run.err;
+    EXPECT_EQ(run.out,
+              "Invalid Entry\tHKEY_CURRENT_USER\tSoftware\\Vexlor Fixture\\Rundll\t"
+              "rundll32.exe C:\\Win\\shell32.dll,Control_RunDLL\n"
+              "Invalid Entry\tHKEY_CURRENT_USER\tSoftware\\Vexlor Fixture\\\t"
+              "C:\\Default\\gone.dll\n"
+              "Invalid Entry\tHKEY_CURRENT_USER\tSoftware\\Vexlor Fixture\\Multi\tC:\\first.exe\n"
+              "Invalid Entry\tHKEY_LOCAL_MACHINE\tSOFTWARE\\Vexlor Fixture\\Machine\t"
+              "C:\\Windows\\gone.sys\n");
+    EXPECT_EQ(run.err, "4 errors found\n");
+}
+
+TEST(Cli, IgnoreEntriesMatchPathAndSubkeyByTheProgramsRules) {
+    testing::TempFolder folder;
+    const std::string reg = (folder.path() / "oldapp.reg").string();
+    std::ofstream(reg, std::ios::binary)
+        << "REGEDIT4\r\n\r\n[HKEY_CURRENT_USER\\Software\\OldApp]\r\n"
+           "\"InKey\"=\"C:\\\\Elsewhere\\\\b.dll\"\r\n\r\n"
+           "[HKEY_CURRENT_USER\\Software\\Vendor]\r\n"
+           "\"InPath\"=\"C:\\\\Program Files\\\\OldApp\\\\a.dll\"\r\n"
+           "\"Neither\"=\"C:\\\\Other\\\\c.dll\"\r\n";
+    const struct {
+        std::string ignore_bytes;
+        std::vector<std::string> listed;  // value names
+    } cases[] = {
+        {"", {"InKey", "InPath", "Neither"}},
+        {"oldapp\r\n", {"Neither"}},
+        {"SOFTWARE\\OLDAPP\r\n", {"InPath", "Neither"}},
+        {"oldapp\\a\r\n", {"InKey", "Neither"}},
+        // A lone empty line stays an entry, and an empty entry is in every text.
+        {"\r\n", {}},
+        {"ZZ\r\n\r\n", {}},
+        {"\r\nZZ\r\n", {"InKey", "InPath", "Neither"}},
+    };
+    for (const auto& c : cases) {
+        const std::string ignore = (folder.path() / "Ignore.txt").string();
+        std::ofstream(ignore, std::ios::binary | std::ios::trunc) << c.ignore_bytes;
+        const CliRun run = RunWith({"scan", "--drive", "C:", "--registry", reg, "--map",
+                                    "C:=" + folder.path().string(), "--ignore", ignore});
+        EXPECT_EQ(run.exit_code, kExitOk) << run.err;
+        std::string expected;
+        for (const std::string& name : c.listed) {
+            const bool in_key = name == "InKey";
+            expected += "Invalid Entry\tHKEY_CURRENT_USER\tSoftware\\" +
+                        std::string(in_key ? "OldApp" : "Vendor") + "\\" + name + "\t" +
+                        (in_key             ? "C:\\Elsewhere\\b.dll"
+                         : name == "InPath" ? "C:\\Program Files\\OldApp\\a.dll"
+                                            : "C:\\Other\\c.dll") +
+                        "\n";
+        }
+        EXPECT_EQ(run.out, expected) << ::testing::PrintToString(c.ignore_bytes);
+    }
+}
+
+TEST(Cli, AnIgnoreListThatCannotBeReadIsAnErrorAndIsNotCreated) {
+    testing::TempFolder folder;
+    const std::string reg = kFixtures + "/scan_examples.reg";
+    const std::string map = "C:=" + kFixtures + "/drive_c";
+    const std::string missing = (folder.path() / "Ignore.txt").string();
+    const struct {
+        std::vector<std::string> args;
+        const char* message;
+    } cases[] = {
+        {{"scan", "--drive", "C:", "--registry", reg, "--map", map, "--ignore", missing},
+         "cannot read the ignore list"},
+        {{"scan", "--drive", "C:", "--registry", reg, "--map", map, "--ignore",
+          folder.path().string()},
+         "cannot read the ignore list"},
+        {{"scan", "--drive", "C:", "--registry", reg, "--map", map, "--ignore"},
+         "--ignore needs a value"},
+        {{"scan", "--drive", "C:", "--registry", reg, "--map", map, "--ignore", ""},
+         "--ignore needs a file"},
+        {{"scan", "--drive", "C:", "--registry", reg, "--map", map, "--ignore", reg, "--ignore",
+          reg},
+         "--ignore can be given once"},
+    };
+    for (const auto& c : cases) {
+        const CliRun run = RunWith(c.args);
+        EXPECT_EQ(run.exit_code, kExitUsage) << c.message;
+        EXPECT_NE(run.err.find(c.message), std::string::npos) << run.err;
+        EXPECT_EQ(run.out, "") << c.message;
+    }
+    EXPECT_FALSE(std::filesystem::exists(missing));
 }
 
 TEST(Cli, HelpGoesToStandardOutput) {

@@ -1,0 +1,674 @@
+#include "ignore/frm_ignore_win32.h"
+
+#include <commctrl.h>
+
+#include <exception>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+#include "text/wide_text_win32.h"
+#include "ui/form_resizer_win32.h"
+#include "ui/gdi_win32.h"
+#include "ui/startup_win32.h"
+
+namespace regvex::ui {
+
+namespace {
+
+constexpr wchar_t kWindowClass[] = L"RegvexlorIgnoreList";
+constexpr UINT_PTR kListSubclassId = 1;
+
+// The window as designed, in pixels at 96 dots per inch; ResizeIgnore scales it to the
+// screen.
+constexpr int kDesignDpi = 96;
+constexpr SIZE kDesignClient{376, 318};
+constexpr int kDesignFontHeight = -11;  // 8 points at 96 dpi
+
+struct Place {
+    int id;
+    const wchar_t* window_class;
+    DWORD style;
+    DWORD ex_style;
+    RECT bounds;  // left, top, width, height
+};
+
+// The frame comes first so that it lies beneath the controls drawn inside it.
+constexpr Place kPlaces[] = {
+    {kIdFrame1, L"BUTTON", BS_GROUPBOX, 0, {8, 6, 360, 80}},
+    {kIdLabel1, L"STATIC", SS_LEFT | SS_NOPREFIX, 0, {20, 27, 240, 14}},
+    {kIdTxtString, L"EDIT", WS_TABSTOP | ES_AUTOHSCROLL, WS_EX_CLIENTEDGE, {20, 45, 258, 23}},
+    {kIdCmdAdd, L"BUTTON", WS_TABSTOP | BS_PUSHBUTTON, 0, {286, 45, 70, 23}},
+    {kIdLabel2, L"STATIC", SS_LEFT | SS_NOPREFIX, 0, {10, 96, 356, 28}},
+    {kIdLstIgnore,
+     L"LISTBOX",
+     WS_TABSTOP | WS_VSCROLL | WS_HSCROLL | LBS_NOTIFY | LBS_NOINTEGRALHEIGHT,
+     WS_EX_CLIENTEDGE,
+     {8, 126, 360, 146}},
+    {kIdCmdRemove, L"BUTTON", WS_TABSTOP | BS_PUSHBUTTON, 0, {8, 282, 90, 26}},
+    {kIdCmdApply, L"BUTTON", WS_TABSTOP | BS_PUSHBUTTON, 0, {268, 282, 100, 26}},
+};
+
+std::string_view DesignText(int id) {
+    switch (id) {
+        case kIdFrame1:
+            return kFrame1Caption;
+        case kIdLabel1:
+            return kLabel1Caption;
+        case kIdCmdAdd:
+            return kAddCaption;
+        case kIdLabel2:
+            return kLabel2Caption;
+        case kIdCmdRemove:
+            return kRemoveCaption;
+        case kIdCmdApply:
+            return kApplyCaption;
+        default:
+            return {};
+    }
+}
+
+std::string WindowText(HWND window) {
+    const int length = GetWindowTextLengthW(window);
+    if (length <= 0) {
+        return {};
+    }
+    std::wstring text(static_cast<std::size_t>(length) + 1, L'\0');
+    const int copied = GetWindowTextW(window, text.data(), length + 1);
+    text.resize(static_cast<std::size_t>(copied > 0 ? copied : 0));
+    return text::FromWide(text);
+}
+
+void SetWindowTextUtf8(HWND window, std::string_view text) {
+    SetWindowTextW(window, text::ToWide(text).c_str());
+}
+
+int ScreenDpi() {
+    const HDC screen = GetDC(nullptr);
+    const int dpi = screen != nullptr ? GetDeviceCaps(screen, LOGPIXELSX) : kDesignDpi;
+    if (screen != nullptr) {
+        ReleaseDC(nullptr, screen);
+    }
+    return dpi > 0 ? dpi : kDesignDpi;
+}
+
+class WinCaption final : public Captioned {
+  public:
+    explicit WinCaption(HWND window) : window_(window) {}
+    std::string Caption() const override { return WindowText(window_); }
+    void SetCaption(std::string_view caption) override { SetWindowTextUtf8(window_, caption); }
+
+  private:
+    HWND window_;
+};
+
+class WinForm final : public Window {
+  public:
+    explicit WinForm(HWND window) : window_(window) {}
+    std::string Caption() const override { return WindowText(window_); }
+    void SetCaption(std::string_view caption) override { SetWindowTextUtf8(window_, caption); }
+    bool IsMinimized() const override { return IsIconic(window_) != FALSE; }
+    void Activate() override {
+        if (IsWindowVisible(window_)) {
+            SetForegroundWindow(window_);
+        }
+    }
+
+  private:
+    HWND window_;
+};
+
+class WinTextBox final : public TextBox {
+  public:
+    explicit WinTextBox(HWND edit) : edit_(edit) {}
+    std::string Text() const override { return WindowText(edit_); }
+    void SetText(std::string_view text) override { SetWindowTextUtf8(edit_, text); }
+    void SetFocus() override {
+        // A control of a hidden window cannot take the focus; the caller goes on.
+        if (!IsWindowVisible(edit_) || !IsWindowEnabled(edit_)) {
+            throw std::runtime_error("the text box cannot take the focus");
+        }
+        ::SetFocus(edit_);
+    }
+    void SetSelection(std::size_t start, std::size_t length) override {
+        SendMessageW(edit_, EM_SETSEL, static_cast<WPARAM>(start),
+                     static_cast<LPARAM>(start + length));
+    }
+
+  private:
+    HWND edit_;
+};
+
+class WinListBox final : public ListBox {
+  public:
+    explicit WinListBox(HWND list) : list_(list) {}
+    int ItemCount() const override {
+        const LRESULT count = SendMessageW(list_, LB_GETCOUNT, 0, 0);
+        return count == LB_ERR ? 0 : static_cast<int>(count);
+    }
+    std::string Item(int index) const override {
+        const LRESULT length = SendMessageW(list_, LB_GETTEXTLEN, static_cast<WPARAM>(index), 0);
+        if (length == LB_ERR) {
+            return {};
+        }
+        std::wstring text(static_cast<std::size_t>(length) + 1, L'\0');
+        const LRESULT copied = SendMessageW(list_, LB_GETTEXT, static_cast<WPARAM>(index),
+                                            reinterpret_cast<LPARAM>(text.data()));
+        text.resize(copied == LB_ERR ? 0 : static_cast<std::size_t>(copied));
+        return text::FromWide(text);
+    }
+    void AddItem(std::string_view text) override {
+        const std::wstring wide = text::ToWide(text);
+        const LRESULT added =
+            SendMessageW(list_, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(wide.c_str()));
+        if (added == LB_ERR || added == LB_ERRSPACE) {
+            throw std::runtime_error("the list box is full");
+        }
+    }
+    void RemoveItem(int index) override {
+        if (SendMessageW(list_, LB_DELETESTRING, static_cast<WPARAM>(index), 0) == LB_ERR) {
+            throw std::out_of_range("no such item in the list box");
+        }
+    }
+    void Clear() override { SendMessageW(list_, LB_RESETCONTENT, 0, 0); }
+    int ListIndex() const override {
+        return static_cast<int>(SendMessageW(list_, LB_GETCURSEL, 0, 0));
+    }
+    void SetListIndex(int index) override {
+        SendMessageW(list_, LB_SETCURSEL, static_cast<WPARAM>(index), 0);
+    }
+    double TextWidthTwips(std::string_view text) const override {
+        const HWND parent = GetParent(list_);
+        const HDC dc = GetDC(parent);
+        if (dc == nullptr) {
+            return 0;
+        }
+        const auto font = reinterpret_cast<HFONT>(SendMessageW(parent, WM_GETFONT, 0, 0));
+        const HGDIOBJ old = font != nullptr ? SelectObject(dc, font) : nullptr;
+        const std::wstring wide = text::ToWide(text);
+        SIZE size{};
+        GetTextExtentPoint32W(dc, wide.c_str(), static_cast<int>(wide.size()), &size);
+        const int dpi = GetDeviceCaps(dc, LOGPIXELSX);
+        if (old != nullptr) {
+            SelectObject(dc, old);
+        }
+        ReleaseDC(parent, dc);
+        return static_cast<double>(size.cx) * (1440 / (dpi > 0 ? dpi : kDesignDpi));
+    }
+    void SetHorizontalExtent(int pixels) override {
+        SendMessageW(list_, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(pixels), 0);
+    }
+    void ScrollToBottom() override { SendMessageW(list_, WM_VSCROLL, MAKEWPARAM(SB_BOTTOM, 0), 0); }
+
+  private:
+    HWND list_;
+};
+
+// A menu item, or the top-level menu by its position in the menu bar.
+class WinMenuItem final : public MenuItem {
+  public:
+    WinMenuItem(HWND window, HMENU menu, UINT item, bool by_position)
+        : window_(window), menu_(menu), item_(item), by_position_(by_position) {}
+    std::string Caption() const override {
+        wchar_t text[256] = {};
+        GetMenuStringW(menu_, item_, text, 256,
+                       static_cast<UINT>(by_position_ ? MF_BYPOSITION : MF_BYCOMMAND));
+        return text::FromWide(text);
+    }
+    void SetCaption(std::string_view caption) override {
+        std::wstring wide = text::ToWide(caption);
+        MENUITEMINFOW info{};
+        info.cbSize = sizeof(info);
+        info.fMask = MIIM_STRING;
+        info.dwTypeData = wide.data();
+        SetMenuItemInfoW(menu_, item_, by_position_ ? TRUE : FALSE, &info);
+        DrawMenuBar(window_);
+    }
+
+  private:
+    HWND window_;
+    HMENU menu_;
+    UINT item_;
+    bool by_position_;
+};
+
+// The window's own message boxes keep it disabled while they are up, as the main window
+// is, so that it cannot be closed under the handler that is waiting for the answer.
+class ModalToWindow final : public MessageDialogs {
+  public:
+    ModalToWindow(MessageDialogs& dialogs, HWND window) : dialogs_(dialogs), window_(window) {}
+    void SetMessageBoxColors(DialogColor text, DialogColor back, DialogColor edit_text,
+                             DialogColor edit_back) override {
+        dialogs_.SetMessageBoxColors(text, back, edit_text, edit_back);
+    }
+    int MsgBox(std::string_view prompt, int style, std::string_view title) override {
+        const bool disable = IsWindowEnabled(window_) != FALSE;
+        if (disable) {
+            EnableWindow(window_, FALSE);
+        }
+        const int answer = dialogs_.MsgBox(prompt, style, title);
+        if (disable) {
+            EnableWindow(window_, TRUE);
+        }
+        return answer;
+    }
+
+  private:
+    MessageDialogs& dialogs_;
+    HWND window_;
+};
+
+void RegisterWindowClass(HINSTANCE instance, WNDPROC procedure) {
+    WNDCLASSEXW window_class{};
+    window_class.cbSize = sizeof(window_class);
+    if (GetClassInfoExW(instance, kWindowClass, &window_class)) {
+        return;
+    }
+    window_class.lpfnWndProc = procedure;
+    window_class.hInstance = instance;
+    window_class.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    window_class.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1);
+    window_class.lpszClassName = kWindowClass;
+    RegisterClassExW(&window_class);
+}
+
+int MouseShift(WPARAM wparam) {
+    int shift = 0;
+    if ((wparam & MK_SHIFT) != 0) {
+        shift |= 1;
+    }
+    if ((wparam & MK_CONTROL) != 0) {
+        shift |= 2;
+    }
+    if (GetKeyState(VK_MENU) < 0) {
+        shift |= 4;
+    }
+    return shift;
+}
+
+}  // namespace
+
+struct Win32IgnoreWindow::Loaded {
+    Loaded(HWND window_handle, UniqueFont design_font, HMENU bar, HMENU file,
+           MessageDialogs& dialogs)
+        : font(std::move(design_font)),
+          window(window_handle),
+          menu_bar(bar),
+          file_menu(file),
+          modal_dialogs(dialogs, window_handle),
+          form(window_handle),
+          frame(GetDlgItem(window_handle, kIdFrame1)),
+          label1(GetDlgItem(window_handle, kIdLabel1)),
+          txt_string(GetDlgItem(window_handle, kIdTxtString)),
+          cmd_add(GetDlgItem(window_handle, kIdCmdAdd)),
+          lst_ignore(GetDlgItem(window_handle, kIdLstIgnore)),
+          label2(GetDlgItem(window_handle, kIdLabel2)),
+          cmd_remove(GetDlgItem(window_handle, kIdCmdRemove)),
+          cmd_apply(GetDlgItem(window_handle, kIdCmdApply)),
+          mnu_file(window_handle, bar, 0, true),
+          mnu_add(window_handle, file, kIdMnuAdd, false),
+          mnu_remove(window_handle, file, kIdMnuRemove, false),
+          mnu_close(window_handle, file, kIdMnuClose, false) {}
+
+    UniqueFont font;
+    // The form's font as the resizer left its controls: what the list measures text in.
+    HFONT form_font = nullptr;
+    UniqueWindow window;  // destroyed before the font, which its controls use
+    HMENU menu_bar;       // destroyed with the window
+    HMENU file_menu;
+    ModalToWindow modal_dialogs;
+    FormResizer resizer;
+
+    WinForm form;
+    WinCaption frame;
+    WinCaption label1;
+    WinTextBox txt_string;
+    WinCaption cmd_add;
+    WinListBox lst_ignore;
+    WinCaption label2;
+    WinCaption cmd_remove;
+    WinCaption cmd_apply;
+    WinMenuItem mnu_file;
+    WinMenuItem mnu_add;
+    WinMenuItem mnu_remove;
+    WinMenuItem mnu_close;
+
+    std::unique_ptr<frmIgnore> code;
+};
+
+Win32IgnoreWindow::Win32IgnoreWindow(Dependencies dependencies) : deps_(std::move(dependencies)) {}
+
+Win32IgnoreWindow::~Win32IgnoreWindow() {
+    Destroy();
+}
+
+bool Win32IgnoreWindow::IsLoaded() const {
+    return loaded_ != nullptr;
+}
+
+HWND Win32IgnoreWindow::Handle() const {
+    return loaded_ != nullptr ? loaded_->window.get() : nullptr;
+}
+
+frmIgnore& Win32IgnoreWindow::Form() {
+    if (loaded_ == nullptr) {
+        Load();
+    }
+    if (loaded_ == nullptr) {
+        // Closed again by the time its load was done (from a message box of the load).
+        throw std::runtime_error("the ignore-list window was unloaded while loading");
+    }
+    return *loaded_->code;
+}
+
+ListBox& Win32IgnoreWindow::lstIgnore() {
+    Form();
+    return loaded_->lst_ignore;
+}
+
+void Win32IgnoreWindow::Show() {
+    Form();
+    const HWND window = loaded_->window.get();
+    ShowWindow(window, IsIconic(window) ? SW_RESTORE : SW_SHOW);
+    SetForegroundWindow(window);
+}
+
+void Win32IgnoreWindow::Unload() {
+    if (loaded_ == nullptr) {
+        return;
+    }
+    if (busy_ > 0) {
+        unload_pending_ = true;
+        return;
+    }
+    unload_pending_ = false;
+    loaded_->code->Form_QueryUnload();
+    Destroy();
+}
+
+bool Win32IgnoreWindow::PreTranslateMessage(MSG& message) {
+    const HWND window = Handle();
+    if (window == nullptr || (message.hwnd != window && !IsChild(window, message.hwnd))) {
+        return false;
+    }
+    return IsDialogMessageW(window, &message) != FALSE;
+}
+
+void Win32IgnoreWindow::Destroy() {
+    if (loaded_ == nullptr) {
+        return;
+    }
+    // Forget the window first: the messages of its destruction find it unloaded.
+    std::unique_ptr<Loaded> gone = std::move(loaded_);
+    gone->window.Reset();
+}
+
+void Win32IgnoreWindow::Load() {
+    const HINSTANCE instance = GetModuleHandleW(nullptr);
+    RegisterWindowClass(instance, &Win32IgnoreWindow::WindowProc);
+
+    const HMENU file_menu = CreatePopupMenu();
+    AppendMenuW(file_menu, MF_STRING, kIdMnuAdd, text::ToWide(kMnuAddCaption).c_str());
+    AppendMenuW(file_menu, MF_STRING, kIdMnuRemove, text::ToWide(kMnuRemoveCaption).c_str());
+    AppendMenuW(file_menu, MF_SEPARATOR, 0, nullptr);
+    AppendMenuW(file_menu, MF_STRING, kIdMnuClose, text::ToWide(kMnuCloseCaption).c_str());
+    const HMENU menu_bar = CreateMenu();
+    AppendMenuW(menu_bar, MF_POPUP, reinterpret_cast<UINT_PTR>(file_menu),
+                text::ToWide(kMnuFileCaption).c_str());
+
+    // Fixed in size: the layout is made once and does not follow the frame.
+    const DWORD style = WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX;
+    const DWORD ex_style = WS_EX_CONTROLPARENT;
+    RECT frame{0, 0, kDesignClient.cx, kDesignClient.cy};
+    AdjustWindowRectEx(&frame, style, TRUE, ex_style);
+    const HWND owner = deps_.owner ? deps_.owner() : nullptr;
+    const HWND window =
+        CreateWindowExW(ex_style, kWindowClass, text::ToWide(kIgnoreCaption).c_str(), style,
+                        CW_USEDEFAULT, CW_USEDEFAULT, frame.right - frame.left,
+                        frame.bottom - frame.top, owner, menu_bar, instance, this);
+    if (window == nullptr) {
+        DestroyMenu(menu_bar);
+        throw std::runtime_error("the ignore-list window could not be made");
+    }
+
+    const std::wstring face = text::ToWide(deps_.state.interface_font);
+    UniqueFont font(CreateFontW(kDesignFontHeight, 0, 0, 0, FW_NORMAL, FALSE, FALSE, FALSE,
+                                DEFAULT_CHARSET, OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS,
+                                DEFAULT_QUALITY, DEFAULT_PITCH | FF_SWISS, face.c_str()));
+    for (const Place& place : kPlaces) {
+        const HWND control = CreateWindowExW(
+            place.ex_style, place.window_class, text::ToWide(DesignText(place.id)).c_str(),
+            WS_CHILD | WS_VISIBLE | place.style, place.bounds.left, place.bounds.top,
+            place.bounds.right, place.bounds.bottom, window,
+            reinterpret_cast<HMENU>(static_cast<INT_PTR>(place.id)), instance, nullptr);
+        SendMessageW(control, WM_SETFONT, reinterpret_cast<WPARAM>(font.get()), FALSE);
+    }
+    SetWindowSubclass(GetDlgItem(window, kIdLstIgnore), &Win32IgnoreWindow::ListProc,
+                      kListSubclassId, reinterpret_cast<DWORD_PTR>(this));
+
+    loaded_ = std::make_unique<Loaded>(window, std::move(font), menu_bar, file_menu, deps_.dialogs);
+    Loaded& l = *loaded_;
+    l.form_font = l.font.get();
+
+    const int dpi = ScreenDpi();
+    IgnoreServices services{
+        l.modal_dialogs,
+        deps_.files,
+        deps_.code_page,
+        deps_.state,
+        deps_.main_window_on_close,
+        [this](float x, float y) { PopupFileMenu(x, y); },
+        [window] { PostMessageW(window, WM_CLOSE, 0, 0); },
+        [this] { ResizeIgnore(); },
+        ScrollMetrics{1440 / dpi, GetSystemMetrics(SM_CXVSCROLL)},
+    };
+    IgnoreControls controls{l.form,       l.frame,      l.label1,     l.txt_string, l.cmd_add,
+                            l.lst_ignore, l.label2,     l.cmd_remove, l.cmd_apply,  l.mnu_file,
+                            l.mnu_add,    l.mnu_remove, l.mnu_close};
+    l.code = std::make_unique<frmIgnore>(controls, std::move(services));
+
+    SetWindowIcon(window, L"AAA", true);
+
+    // Centred on its owner, or on the screen's work area.
+    RECT around{};
+    if (owner == nullptr || !IsWindowVisible(owner) || IsIconic(owner) ||
+        !GetWindowRect(owner, &around)) {
+        SystemParametersInfoW(SPI_GETWORKAREA, 0, &around, 0);
+    }
+
+    RunHandler([&l] { l.code->Form_Load(); });
+
+    if (loaded_ == nullptr) {
+        return;
+    }
+    RECT placed{};
+    GetWindowRect(window, &placed);
+    const int width = placed.right - placed.left;
+    const int height = placed.bottom - placed.top;
+    SetWindowPos(window, nullptr, around.left + (around.right - around.left - width) / 2,
+                 around.top + (around.bottom - around.top - height) / 2, 0, 0,
+                 SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+void Win32IgnoreWindow::RunHandler(const std::function<void()>& handler) {
+    ++busy_;
+    try {
+        handler();
+    } catch (const std::exception&) {
+        // Nothing may unwind into the system's window procedures; the handlers go on past
+        // their own failures, and what is left of one is dropped here.
+    }
+    if (--busy_ == 0 && unload_pending_) {
+        Unload();
+    }
+}
+
+void Win32IgnoreWindow::ResizeIgnore() {
+    if (loaded_ == nullptr) {
+        return;
+    }
+    Loaded& l = *loaded_;
+    const double ratio = static_cast<double>(ScreenDpi()) / kDesignDpi;
+    l.resizer.Capture(l.window.get());
+    l.resizer.SizeForm(ratio, ratio);
+    l.form_font = reinterpret_cast<HFONT>(
+        SendMessageW(GetDlgItem(l.window.get(), kIdLstIgnore), WM_GETFONT, 0, 0));
+}
+
+void Win32IgnoreWindow::PopupFileMenu(float x_twips, float y_twips) {
+    if (loaded_ == nullptr) {
+        return;
+    }
+    const HWND window = loaded_->window.get();
+    const HWND list = GetDlgItem(window, kIdLstIgnore);
+    const int twips_per_pixel = 1440 / ScreenDpi();
+    POINT point{static_cast<LONG>(x_twips / static_cast<float>(twips_per_pixel)),
+                static_cast<LONG>(y_twips / static_cast<float>(twips_per_pixel))};
+    ClientToScreen(list, &point);
+    TrackPopupMenu(GetSubMenu(loaded_->menu_bar, 0), TPM_LEFTALIGN | TPM_TOPALIGN | TPM_RIGHTBUTTON,
+                   point.x, point.y, 0, window, nullptr);
+}
+
+void Win32IgnoreWindow::OnCommand(int id) {
+    frmIgnore& code = *loaded_->code;
+    switch (id) {
+        case kIdCmdAdd:
+            code.cmdAdd_Click();
+            break;
+        case kIdCmdRemove:
+            code.cmdRemove_Click();
+            break;
+        case kIdCmdApply:
+            code.cmdApply_Click();
+            break;
+        case kIdMnuAdd:
+            code.mnuAdd_Click();
+            break;
+        case kIdMnuRemove:
+            code.mnuRemove_Click();
+            break;
+        case kIdMnuClose:
+            code.mnuClose_Click();
+            break;
+        default:
+            break;
+    }
+}
+
+void Win32IgnoreWindow::OnListMouse(UINT message, WPARAM wparam, LPARAM lparam) {
+    frmIgnore& code = *loaded_->code;
+    const int twips_per_pixel = 1440 / ScreenDpi();
+    // Signed: a captured pointer can be left of or above the list.
+    const auto x = static_cast<float>(static_cast<short>(LOWORD(lparam)) * twips_per_pixel);
+    const auto y = static_cast<float>(static_cast<short>(HIWORD(lparam)) * twips_per_pixel);
+    const int shift = MouseShift(wparam);
+    switch (message) {
+        case WM_LBUTTONDOWN:
+        case WM_LBUTTONDBLCLK:
+            code.lstIgnore_MouseDown(mouse::kLeft, shift, x, y);
+            break;
+        case WM_RBUTTONDOWN:
+        case WM_RBUTTONDBLCLK:
+            code.lstIgnore_MouseDown(mouse::kRight, shift, x, y);
+            break;
+        case WM_MBUTTONDOWN:
+        case WM_MBUTTONDBLCLK:
+            code.lstIgnore_MouseDown(mouse::kMiddle, shift, x, y);
+            break;
+        case WM_LBUTTONUP:
+            code.lstIgnore_MouseUp(mouse::kLeft, shift, x, y);
+            break;
+        case WM_RBUTTONUP:
+            code.lstIgnore_MouseUp(mouse::kRight, shift, x, y);
+            break;
+        case WM_MBUTTONUP:
+            code.lstIgnore_MouseUp(mouse::kMiddle, shift, x, y);
+            break;
+        default:
+            break;
+    }
+}
+
+LRESULT CALLBACK Win32IgnoreWindow::ListProc(HWND list, UINT message, WPARAM wparam, LPARAM lparam,
+                                             UINT_PTR /*id*/, DWORD_PTR data) {
+    auto* self = reinterpret_cast<Win32IgnoreWindow*>(data);
+    switch (message) {
+        case WM_LBUTTONDOWN:
+        case WM_LBUTTONDBLCLK:
+        case WM_RBUTTONDOWN:
+        case WM_RBUTTONDBLCLK:
+        case WM_MBUTTONDOWN:
+        case WM_MBUTTONDBLCLK:
+        case WM_LBUTTONUP:
+        case WM_RBUTTONUP:
+        case WM_MBUTTONUP: {
+            // The list box does its own selecting first; the handlers have the last word.
+            const LRESULT result = DefSubclassProc(list, message, wparam, lparam);
+            if (self->loaded_ != nullptr) {
+                self->RunHandler([&] { self->OnListMouse(message, wparam, lparam); });
+            }
+            return result;
+        }
+        case WM_NCDESTROY:
+            RemoveWindowSubclass(list, &Win32IgnoreWindow::ListProc, kListSubclassId);
+            break;
+        default:
+            break;
+    }
+    return DefSubclassProc(list, message, wparam, lparam);
+}
+
+LRESULT CALLBACK Win32IgnoreWindow::WindowProc(HWND window, UINT message, WPARAM wparam,
+                                               LPARAM lparam) {
+    if (message == WM_NCCREATE) {
+        const auto* create = reinterpret_cast<const CREATESTRUCTW*>(lparam);
+        SetWindowLongPtrW(window, GWLP_USERDATA,
+                          reinterpret_cast<LONG_PTR>(create->lpCreateParams));
+    }
+    auto* self = reinterpret_cast<Win32IgnoreWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+    if (message == WM_NCDESTROY) {
+        SetWindowLongPtrW(window, GWLP_USERDATA, 0);
+    }
+    if (self == nullptr) {
+        return DefWindowProcW(window, message, wparam, lparam);
+    }
+    return self->HandleMessage(window, message, wparam, lparam);
+}
+
+LRESULT Win32IgnoreWindow::HandleMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+    const bool loaded = loaded_ != nullptr && loaded_->window.get() == window;
+    switch (message) {
+        case WM_COMMAND: {
+            const int id = LOWORD(wparam);
+            const int code = HIWORD(wparam);
+            const bool from_menu = lparam == 0 && code == 0;
+            const bool clicked = lparam != 0 && code == BN_CLICKED;
+            if (loaded && (from_menu || clicked)) {
+                RunHandler([this, id] { OnCommand(id); });
+            }
+            return 0;
+        }
+        case WM_CLOSE:
+            if (loaded) {
+                Unload();
+            }
+            return 0;
+        case WM_SIZE:
+            if (loaded) {
+                RunHandler([this] { loaded_->code->Form_Resize(); });
+            }
+            break;
+        case WM_GETFONT:
+            return loaded ? reinterpret_cast<LRESULT>(loaded_->form_font) : 0;
+        case WM_SETFONT:
+            if (loaded) {
+                loaded_->form_font = reinterpret_cast<HFONT>(wparam);
+            }
+            return 0;
+        default:
+            break;
+    }
+    return DefWindowProcW(window, message, wparam, lparam);
+}
+
+}  // namespace regvex::ui
