@@ -10,7 +10,7 @@
 namespace regvex::ui {
 
 class Captioned {
-public:
+  public:
     virtual ~Captioned() = default;
     virtual std::string Caption() const = 0;
     virtual void SetCaption(std::string_view caption) = 0;
@@ -22,14 +22,14 @@ using Button = Captioned;
 using MenuItem = Captioned;
 
 class OptionButton {
-public:
+  public:
     virtual ~OptionButton() = default;
     virtual bool Value() const = 0;
     virtual void SetValue(bool selected) = 0;
 };
 
 class ProgressBar {
-public:
+  public:
     virtual ~ProgressBar() = default;
     virtual int Max() const = 0;
     virtual void SetMax(int max) = 0;
@@ -38,7 +38,7 @@ public:
 };
 
 class TextBox {
-public:
+  public:
     virtual ~TextBox() = default;
     virtual std::string Text() const = 0;
     virtual void SetText(std::string_view text) = 0;
@@ -48,7 +48,7 @@ public:
 };
 
 class ListBox {
-public:
+  public:
     virtual ~ListBox() = default;
     virtual int ItemCount() const = 0;
     virtual std::string Item(int index) const = 0;
@@ -72,7 +72,7 @@ struct ListColumn {
 
 // A list view with a check box per row.
 class CheckListView {
-public:
+  public:
     virtual ~CheckListView() = default;
     virtual void AddColumn(const ListColumn& column) = 0;
     virtual int ColumnCount() const = 0;
@@ -97,14 +97,14 @@ public:
 
 // The drive selector: its text starts with the drive letter and a colon ("c: [SYSTEM]").
 class DriveList {
-public:
+  public:
     virtual ~DriveList() = default;
     virtual std::string Drive() const = 0;
 };
 
 // What the code of a window needs of the window itself.
 class Window : public Captioned {
-public:
+  public:
     virtual bool IsMinimized() const = 0;
     // Brings the window to the front and gives it the focus.
     virtual void Activate() = 0;

@@ -6,7 +6,6 @@ namespace regvex::ui {
 
 namespace {
 
-
 bool IsComboBox(HWND window) {
     wchar_t name[32] = {};
     GetClassNameW(window, name, 32);
@@ -42,9 +41,8 @@ void FormResizer::Capture(HWND form) {
             if (GetComboBoxInfo(child, &info) && info.hwndList != nullptr) {
                 RECT list{};
                 GetWindowRect(info.hwndList, &list);
-                control.design.bottom =
-                    control.design.top + (list.bottom - list.top) +
-                    (control.design.bottom - control.design.top);
+                control.design.bottom = control.design.top + (list.bottom - list.top) +
+                                        (control.design.bottom - control.design.top);
             }
         }
         controls_.push_back(control);
@@ -102,8 +100,8 @@ void FormResizer::Layout() {
         const LONG width = Scale(control.design.right, ratio_x) - left;
         const LONG height = Scale(control.design.bottom, ratio_y) - top;
         if (positions != nullptr) {
-            positions = DeferWindowPos(positions, control.window, nullptr, left, top, width,
-                                       height, SWP_NOZORDER | SWP_NOACTIVATE);
+            positions = DeferWindowPos(positions, control.window, nullptr, left, top, width, height,
+                                       SWP_NOZORDER | SWP_NOACTIVATE);
         }
         SendMessageW(control.window, WM_SETFONT,
                      reinterpret_cast<WPARAM>(ScaledFont(control.font, ratio_font)), FALSE);

@@ -13,7 +13,7 @@
 namespace regvex::ui {
 
 class FormResizer {
-public:
+  public:
     // Remembers the window's client size and every child control's place and font, as
     // they stand now: call once the window's controls are created.
     void Capture(HWND form);
@@ -25,7 +25,7 @@ public:
     // window's current client size.
     void Layout();
 
-private:
+  private:
     struct Control {
         HWND window = nullptr;
         RECT design{};

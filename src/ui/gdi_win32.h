@@ -10,7 +10,7 @@ namespace regvex::ui {
 // A font, brush, pen or bitmap, deleted when its owner goes.
 template <typename Handle>
 class GdiObject {
-public:
+  public:
     GdiObject() = default;
     explicit GdiObject(Handle handle) : handle_(handle) {}
     ~GdiObject() { Reset(); }
@@ -33,7 +33,7 @@ public:
         handle_ = handle;
     }
 
-private:
+  private:
     Handle handle_ = nullptr;
 };
 
@@ -43,7 +43,7 @@ using UniqueBitmap = GdiObject<HBITMAP>;
 
 // A window this program created and must destroy.
 class UniqueWindow {
-public:
+  public:
     UniqueWindow() = default;
     explicit UniqueWindow(HWND window) : window_(window) {}
     ~UniqueWindow() { Reset(); }
@@ -67,7 +67,7 @@ public:
     // The window is gone already (destroyed by the system); forget it.
     HWND Release() { return std::exchange(window_, nullptr); }
 
-private:
+  private:
     HWND window_ = nullptr;
 };
 

@@ -46,7 +46,7 @@ struct DialogColor {
 };
 
 class MessageDialogs {
-public:
+  public:
     virtual ~MessageDialogs() = default;
     // Colours the next message box (text, background, edit text, edit background).
     virtual void SetMessageBoxColors(DialogColor text, DialogColor back, DialogColor edit_text,
@@ -60,14 +60,14 @@ int ShowMessage(MessageDialogs& dialogs, ColorRef theme, std::string_view prompt
                 std::string_view title);
 
 class Clock {
-public:
+  public:
     virtual ~Clock() = default;
     // Seconds since midnight, local time, in single precision as the program keeps it.
     virtual float SecondsSinceMidnight() = 0;
 };
 
 class MessagePump {
-public:
+  public:
     virtual ~MessagePump() = default;
     // Handles every message waiting for the program's windows, then returns.
     virtual void DoEvents() = 0;
@@ -76,7 +76,7 @@ public:
 };
 
 class Shell {
-public:
+  public:
     virtual ~Shell() = default;
     // Opens a web address in the default browser.
     virtual void OpenUrl(std::string_view url) = 0;
@@ -92,14 +92,14 @@ struct ScreenMetrics {
 };
 
 class Screen {
-public:
+  public:
     virtual ~Screen() = default;
     virtual ScreenMetrics Metrics() = 0;
 };
 
 // Text files beside the program.
 class TextFiles {
-public:
+  public:
     virtual ~TextFiles() = default;
     virtual bool Exists(const std::string& path) = 0;
     // The file's bytes, or nothing when it cannot be read.

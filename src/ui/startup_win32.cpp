@@ -22,8 +22,8 @@ HWND TopOwner(HWND window) {
 void SetIcon(HWND window, HWND top, const wchar_t* resource_name, bool set_on_owner,
              int width_metric, int height_metric, WPARAM which) {
     // Shared icons belong to the system and are never destroyed by the program.
-    auto* icon = static_cast<HICON>(LoadImageW(GetModuleHandleW(nullptr), resource_name,
-                                               IMAGE_ICON, GetSystemMetrics(width_metric),
+    auto* icon = static_cast<HICON>(LoadImageW(GetModuleHandleW(nullptr), resource_name, IMAGE_ICON,
+                                               GetSystemMetrics(width_metric),
                                                GetSystemMetrics(height_metric), LR_SHARED));
     if (set_on_owner) {
         SendMessageW(top, WM_SETICON, which, reinterpret_cast<LPARAM>(icon));

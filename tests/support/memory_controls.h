@@ -11,7 +11,7 @@
 namespace regvex::testing {
 
 class MemoryCaption : public ui::Captioned {
-public:
+  public:
     explicit MemoryCaption(std::string caption = {}) : caption_(std::move(caption)) {}
     std::string Caption() const override { return caption_; }
     void SetCaption(std::string_view caption) override {
@@ -20,12 +20,12 @@ public:
     }
     std::vector<std::string> history;  // every caption set, in order
 
-private:
+  private:
     std::string caption_;
 };
 
 class MemoryWindow final : public ui::Window {
-public:
+  public:
     explicit MemoryWindow(std::string caption = {}) : caption_(std::move(caption)) {}
     std::string Caption() const override { return caption_; }
     void SetCaption(std::string_view caption) override {
@@ -39,21 +39,21 @@ public:
     int activations = 0;
     std::vector<std::string> history;
 
-private:
+  private:
     std::string caption_;
 };
 
 class MemoryOption final : public ui::OptionButton {
-public:
+  public:
     bool Value() const override { return value_; }
     void SetValue(bool selected) override { value_ = selected; }
 
-private:
+  private:
     bool value_ = false;
 };
 
 class MemoryProgressBar final : public ui::ProgressBar {
-public:
+  public:
     int Max() const override { return max_; }
     void SetMax(int max) override { max_ = max; }
     int Value() const override { return value_; }
@@ -63,13 +63,13 @@ public:
     }
     std::vector<int> history;
 
-private:
+  private:
     int max_ = 100;
     int value_ = 0;
 };
 
 class MemoryTextBox final : public ui::TextBox {
-public:
+  public:
     std::string Text() const override { return text_; }
     void SetText(std::string_view text) override { text_ = std::string(text); }
     void SetFocus() override { ++focused; }
@@ -81,12 +81,12 @@ public:
     std::size_t selection_start = 0;
     std::size_t selection_length = 0;
 
-private:
+  private:
     std::string text_;
 };
 
 class MemoryListBox final : public ui::ListBox {
-public:
+  public:
     int ItemCount() const override { return static_cast<int>(items.size()); }
     std::string Item(int index) const override { return items.at(static_cast<std::size_t>(index)); }
     void AddItem(std::string_view text) override { items.emplace_back(text); }
@@ -116,7 +116,7 @@ public:
 };
 
 class MemoryListView final : public ui::CheckListView {
-public:
+  public:
     void AddColumn(const ui::ListColumn& column) override { columns.push_back(column); }
     int ColumnCount() const override { return static_cast<int>(columns.size()); }
     int RowCount() const override { return static_cast<int>(rows.size()); }
@@ -161,8 +161,8 @@ public:
 };
 
 class MemoryDriveList final : public ui::DriveList {
-public:
-    explicit MemoryDriveList(std::string drive = "c: [SYSTEM]") : drive(std::move(drive)) {}
+  public:
+    explicit MemoryDriveList(std::string text = "c: [SYSTEM]") : drive(std::move(text)) {}
     std::string Drive() const override { return drive; }
     std::string drive;
 };

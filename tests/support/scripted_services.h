@@ -14,7 +14,7 @@
 namespace regvex::testing {
 
 class ScriptedDialogs final : public ui::MessageDialogs {
-public:
+  public:
     struct Shown {
         std::string prompt;
         int style = 0;
@@ -46,18 +46,18 @@ public:
     std::vector<ui::DialogColor> last_colors;
     std::function<void(const Shown&)> on_show;
 
-private:
+  private:
     bool colours_pending_ = false;
 };
 
 class ScriptedClock final : public ui::Clock {
-public:
+  public:
     float SecondsSinceMidnight() override { return now; }
     float now = 12 * 3600.0f;
 };
 
 class MemoryTextFiles final : public ui::TextFiles {
-public:
+  public:
     bool Exists(const std::string& path) override { return files.count(path) != 0; }
     std::optional<std::string> Read(const std::string& path) override {
         auto it = files.find(path);

@@ -1,0 +1,169 @@
+#pragma once
+// The code of the main window: set-up, the task pane's commands, the menus, quitting,
+// help, and the scan (its handlers are in frm_main_scan.cpp). It reaches its controls
+// and the platform only through the interfaces below.
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/path_exists.h"
+#include "engine/reg_search.h"
+#include "engine/registry.h"
+#include "ignore/ignore_window.h"
+#include "system/system_version.h"
+#include "ui/controls.h"
+#include "ui/program_state.h"
+#include "ui/services.h"
+
+namespace regvex::ui {
+
+struct MainControls {
+    Window& form;
+    Captioned& Frame1;
+    Captioned& Frame2;
+    OptionButton& Option1;
+    OptionButton& Option2;
+    DriveList& Drive1;
+    Captioned& cmdStartStop;
+    Captioned& lblStatus;
+    Captioned& lblCurrentKey;
+    CheckListView& lvwRegErrors;
+    CheckListView& lvwRegBackups;
+    ProgressBar& vbalProgressBar1;
+    Captioned& Label21;
+    Captioned& mnuStartStop;
+};
+
+// One item of the task pane: a link when it has a key, plain text when it has none.
+struct TaskItemSpec {
+    std::string key;
+    std::string text;
+    std::string tooltip;
+};
+
+struct TaskGroupSpec {
+    std::string caption;
+    std::string key;
+    std::vector<TaskItemSpec> items;
+};
+
+// The task pane's groups and items, in order.
+std::vector<TaskGroupSpec> TaskPaneGroups();
+
+// What only the window itself can do.
+class MainView {
+  public:
+    enum class Panel { kScan, kBackups };
+
+    virtual ~MainView() = default;
+    virtual void SetWindowIcon() = 0;
+    // Sets the font of every control that has one.
+    virtual void SetControlsFont(std::string_view font_name) = 0;
+    virtual void BuildTaskPane(const std::vector<TaskGroupSpec>& groups) = 0;
+    virtual void BringToFront(Panel panel) = 0;
+    // The proportional form resizer: at load the window is sized to the ratios; later
+    // calls lay the controls out to the window as it stands.
+    virtual void ScaleForm(double ratio_x, double ratio_y, bool size_window) = 0;
+    virtual void LayOut() = 0;
+    virtual void ShowAbout() = 0;
+    virtual void Close() = 0;
+};
+
+// The file-system redirection of 32-bit programs on 64-bit Windows.
+class FileSystemRedirection {
+  public:
+    virtual ~FileSystemRedirection() = default;
+    // Switches it off for this thread and answers the old value to give back.
+    virtual std::uintptr_t Disable() = 0;
+    virtual void Revert(std::uintptr_t old_value) = 0;
+};
+
+struct MainServices {
+    MessageDialogs& dialogs;
+    Clock& clock;
+    MessagePump& pump;
+    Shell& shell;
+    Screen& screen;
+    SystemInfo& system;
+    Registry& registry;
+    FileExistence& files;
+    FileSystemRedirection& redirection;
+    IgnoreWindow& ignore;
+    MainView& view;
+};
+
+// How the window is being closed: 0 from its title bar, 1 by the program's own code.
+inline constexpr int kUnloadFromTitleBar = 0;
+inline constexpr int kUnloadFromCode = 1;
+
+class frmMain final : private SearchHost, private SearchEvents {
+  public:
+    frmMain(MainControls controls, MainServices services, ProgramState& state);
+    ~frmMain() override;
+
+    void Form_Load();
+    void Form_Resize();
+    // Answers true to cancel the closing.
+    bool Form_QueryUnload(int unload_mode);
+    void Form_Unload();
+
+    void TaskPane_ItemClick(std::string_view key);
+    void mnuCheckAll_Click();
+    void mnuUncheckAll_Click();
+    void mnuExit_Click();
+    void Image1_Click();
+    void Label3_Click();
+    void mnuHelp2_Click();
+    void mnuAbout_Click();
+
+    void cmdStartStop_Click();
+    void mnuStartStop_Click();
+    void lblCurrentKey_Change() {}
+
+    bool LayoutReady() const { return layout_ready_; }
+    bool SafeScan() const { return bSafeScan_; }
+
+    // The search object's events, as the window handles them.
+    void cReg_SearchFound(std::string_view sRootKey, std::string_view sKey, std::string_view sValue,
+                          std::int32_t lFound);
+    void cReg_SearchFinished(std::int32_t lReason);
+    void cReg_SearchKeyChanged(const std::string& sFullKeyName);
+
+  private:
+    void SearchFound(std::string_view sRootKey, std::string_view sKey, std::string_view sValue,
+                     std::int32_t lFound) override;
+    void SearchFinished(std::int32_t lReason) override;
+    void SearchKeyChanged(const std::string& sFullKeyName) override;
+
+    // What the search drives in this window.
+    void SetProgressMax(int max) override;
+    int ProgressValue() const override;
+    void SetProgressValue(int value) override;
+    void SetCurrentKey(const std::string& full_key_name) override;
+    void DoEvents() override;
+    void EndProcess() override;
+
+    void StartScan();
+    void StopScan();
+    void ScreenScaling(bool at_load);
+    void AutoSizeListColumns(CheckListView& list);
+    void ShowHelp();
+    int Message(std::string_view prompt, int style, std::string_view title);
+
+    MainControls c_;
+    MainServices s_;
+    ProgramState& state_;
+    std::unique_ptr<cRegSearch> cReg;
+    // Existence answers remembered for the scan that runs.
+    std::unique_ptr<FileExistence> scan_files_;
+
+    bool bSafeScan_ = false;
+    double dNextKeyUpdate_ = 0;
+    bool layout_ready_ = false;
+    bool scaled_ = false;
+};
+
+}  // namespace regvex::ui

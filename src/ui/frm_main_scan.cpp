@@ -1,0 +1,221 @@
+// The scan: starting and stopping it, and what the main window makes of the search's
+// events.
+
+#include <exception>
+
+#include "engine/caching_file_existence.h"
+#include "engine/file_reference.h"
+#include "engine/run_time_error.h"
+#include "scan/finding_verdict.h"
+#include "text/concat.h"
+#include "text/upper_case.h"
+#include "text/utf8.h"
+#include "ui/frm_main.h"
+#include "ui/program_version.h"
+
+namespace regvex::ui {
+
+namespace {
+
+constexpr std::string_view kStopScan = "Stop Scan";
+constexpr std::string_view kBeginScan = "Begin Scan";
+constexpr std::string_view kMenuStart = "&Start Scan";
+constexpr std::string_view kMenuStop = "&Stop Scan";
+constexpr double kKeyRepaintInterval = 0.1;
+
+// The program counts rows with 16-bit numbers: more rows than they hold is an overflow.
+int CountOfRows(int count) {
+    if (count > 32767) {
+        throw RunTimeError(6, "Overflow");
+    }
+    return count;
+}
+
+std::string ErrorsFound(int count) {
+    return text::Concat({"(", std::to_string(count), " errors found)"});
+}
+
+}  // namespace
+
+void frmMain::cmdStartStop_Click() {
+    // A scan that runs handles its window's messages, so a second click arrives here
+    // while the first one is still inside the search: it only asks the search to stop.
+    const bool is_64_bit = Is64BitWindows(s_.system);
+    std::uintptr_t redirection = 0;
+    try {
+        if (is_64_bit) {
+            redirection = s_.redirection.Disable();
+        }
+        state_.bScanning = true;
+        state_.ScanDrive =
+            text::Concat({text::UpperCase(text::LeftChars(c_.Drive1.Drive(), 2)), "\\"});
+        if (c_.cmdStartStop.Caption() == kStopScan) {
+            // The outer click reverts the redirection with its own saved value.
+            StopScan();
+        } else {
+            StartScan();
+            if (is_64_bit) {
+                s_.redirection.Revert(redirection);
+            }
+            s_.ignore.Unload();
+            c_.form.Activate();
+            ScreenScaling(false);
+        }
+    } catch (const std::exception&) {
+        // A failing control or call leaves the window as it is; the program goes on.
+    }
+    layout_ready_ = true;
+    state_.bScanning = false;
+}
+
+void frmMain::StopScan() {
+    c_.form.SetCaption("Exiting...");
+    cReg->StopSearch();
+    s_.ignore.Unload();
+    ScreenScaling(false);
+}
+
+void frmMain::StartScan() {
+    c_.cmdStartStop.SetCaption(kStopScan);
+    c_.lvwRegErrors.Clear();
+    c_.lblStatus.SetCaption("Scanning Key:");
+    c_.lblCurrentKey.SetCaption("");
+    // A selected option reads as true, -1 as a number, which never equals 1: both scan
+    // modes list the same findings. That is how the program has always scanned.
+    bSafeScan_ = (c_.Option2.Value() ? -1 : 0) == 1;
+    // Loaded, not shown, so that the findings can be held against its list.
+    s_.ignore.lstIgnore();
+    ScreenScaling(false);
+    layout_ready_ = true;
+
+    cReg->RootKey(kHkeyAll);
+    cReg->SubKey("");
+    cReg->SearchFlags(search_flags::kValueNames | search_flags::kValueData);
+    cReg->SearchString(state_.ScanDrive);
+    c_.form.SetCaption("Scanning...");
+    scan_files_ = std::make_unique<CachingFileExistence>(s_.files);
+    cReg->DoSearch();
+    scan_files_.reset();
+}
+
+void frmMain::mnuStartStop_Click() {
+    // Two tests, not one with an else: starting from the menu runs a scan, relabels the
+    // item, and the second test then runs another whole scan. Kept as it has always been.
+    if (c_.mnuStartStop.Caption() == kMenuStart) {
+        cmdStartStop_Click();
+        c_.mnuStartStop.SetCaption(kMenuStop);
+    }
+    if (c_.mnuStartStop.Caption() == kMenuStop) {
+        cmdStartStop_Click();
+        c_.mnuStartStop.SetCaption(kMenuStart);
+    }
+}
+
+void frmMain::SearchFound(std::string_view sRootKey, std::string_view sKey, std::string_view sValue,
+                          std::int32_t lFound) {
+    cReg_SearchFound(sRootKey, sKey, sValue, lFound);
+}
+
+void frmMain::SearchFinished(std::int32_t lReason) {
+    cReg_SearchFinished(lReason);
+}
+
+void frmMain::SearchKeyChanged(const std::string& sFullKeyName) {
+    cReg_SearchKeyChanged(sFullKeyName);
+}
+
+void frmMain::cReg_SearchFound(std::string_view sRootKey, std::string_view sKey,
+                               std::string_view sValue, std::int32_t lFound) {
+    try {
+        const std::string status = FindingStatus(lFound);
+        const std::string path = ValidatePath(sValue, state_.ScanDrive);
+        FileExistence& files = scan_files_ ? *scan_files_ : s_.files;
+        if (PathExists(files, path)) {
+            return;
+        }
+        // Reading the list loads the ignore window (hidden) when it is not loaded.
+        ListBox& entries = s_.ignore.lstIgnore();
+        std::vector<std::string> ignore_entries;
+        for (int i = 0; i < CountOfRows(entries.ItemCount()); ++i) {
+            ignore_entries.push_back(entries.Item(i));
+        }
+        if (IsIgnored(ignore_entries, path, sKey)) {
+            return;
+        }
+        if (bSafeScan_ && !HasKnownFileExtension(path)) {
+            return;
+        }
+        if (path == kRejected) {
+            return;
+        }
+        c_.lvwRegErrors.AddRow(
+            {status, std::string(sRootKey), std::string(sKey), std::string(sValue)});
+        AutoSizeListColumns(c_.lvwRegErrors);
+        const std::string found = ErrorsFound(c_.lvwRegErrors.RowCount());
+        c_.form.SetCaption(text::Concat({ProgramTitleAndVersion(), " ", found}));
+        c_.lblStatus.SetCaption(text::Concat({"Scanning Key:  ", found}));
+    } catch (const std::exception&) {
+        // A finding that cannot be listed is passed over; the scan goes on.
+    }
+}
+
+void frmMain::AutoSizeListColumns(CheckListView& list) {
+    for (int column = 1; column < list.ColumnCount(); ++column) {
+        list.AutoSizeColumn(column);
+    }
+    list.Refresh();
+}
+
+void frmMain::cReg_SearchKeyChanged(const std::string& sFullKeyName) {
+    // At most ten repaints a second, and none while minimised. Just after midnight the
+    // clock starts from 0 again while the next moment is still near 86,400, so the label
+    // is not repainted again during that scan.
+    const float now = s_.clock.SecondsSinceMidnight();
+    if (dNextKeyUpdate_ < now) {
+        dNextKeyUpdate_ = s_.clock.SecondsSinceMidnight() + kKeyRepaintInterval;
+        if (!c_.form.IsMinimized()) {
+            c_.lblCurrentKey.SetCaption(sFullKeyName);
+        }
+    }
+}
+
+void frmMain::cReg_SearchFinished(std::int32_t lReason) {
+    if (lReason == 0) {
+        c_.lblCurrentKey.SetCaption(
+            "Registry Vexlor has finished searching and found the following errors below:");
+    } else if (lReason == 1) {
+        c_.lblCurrentKey.SetCaption("Scan proccess stopped by user.");
+    } else {
+        c_.lblCurrentKey.SetCaption(
+            text::Concat({"An Error occured! Err number = ", std::to_string(lReason)}));
+    }
+    c_.cmdStartStop.SetCaption(kBeginScan);
+    c_.lblStatus.SetCaption("Search result:");
+    c_.form.SetCaption(text::Concat({"Scan Complete ", ErrorsFound(c_.lvwRegErrors.RowCount())}));
+}
+
+void frmMain::SetProgressMax(int max) {
+    c_.vbalProgressBar1.SetMax(max);
+}
+
+int frmMain::ProgressValue() const {
+    return c_.vbalProgressBar1.Value();
+}
+
+void frmMain::SetProgressValue(int value) {
+    c_.vbalProgressBar1.SetValue(value);
+}
+
+void frmMain::SetCurrentKey(const std::string& full_key_name) {
+    c_.lblCurrentKey.SetCaption(full_key_name);
+}
+
+void frmMain::DoEvents() {
+    s_.pump.DoEvents();
+}
+
+void frmMain::EndProcess() {
+    s_.pump.EndProcess();
+}
+
+}  // namespace regvex::ui

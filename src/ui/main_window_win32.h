@@ -1,0 +1,98 @@
+#pragma once
+// The main window on Windows: creates the controls, menus and task pane, and hands every
+// event to the window's code (frmMain).
+
+#include <windows.h>
+
+#include <functional>
+#include <memory>
+
+#include "ui/form_resizer_win32.h"
+#include "ui/frm_main.h"
+#include "ui/gdi_win32.h"
+#include "ui/main_menus_win32.h"
+#include "ui/taskpane/task_pane_win32.h"
+#include "ui/win32_controls_win32.h"
+
+namespace regvex::ui {
+
+// What the window needs that belongs to the rest of the program.
+struct MainWindowServices {
+    MessageDialogs& dialogs;
+    Clock& clock;
+    MessagePump& pump;
+    Shell& shell;
+    Screen& screen;
+    SystemInfo& system;
+    Registry& registry;
+    FileExistence& files;
+    FileSystemRedirection& redirection;
+    IgnoreWindow& ignore;
+    // The results' context-menu commands of the ignore list.
+    std::function<void()> add_value_to_ignore;
+    std::function<void()> add_subkey_to_ignore;
+};
+
+class MainWindow final : public MainView {
+  public:
+    MainWindow(MainWindowServices services, ProgramState& state);
+    ~MainWindow() override;
+    MainWindow(const MainWindow&) = delete;
+    MainWindow& operator=(const MainWindow&) = delete;
+
+    // Creates the window and its controls, runs Form_Load and shows the window.
+    bool Create(int show);
+    HWND hwnd() const { return window_; }
+    frmMain& form() { return *form_; }
+    CheckListView& results() { return errors_; }
+
+    // MainView
+    void SetWindowIcon() override;
+    void SetControlsFont(std::string_view font_name) override;
+    void BuildTaskPane(const std::vector<TaskGroupSpec>& groups) override;
+    void BringToFront(Panel panel) override;
+    void ScaleForm(double ratio_x, double ratio_y, bool size_window) override;
+    void LayOut() override;
+    void ShowAbout() override;
+    void Close() override;
+
+  private:
+    static LRESULT CALLBACK WindowProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+    LRESULT Handle(UINT message, WPARAM wparam, LPARAM lparam);
+    void CreateControls();
+    HWND Control(const wchar_t* window_class, const wchar_t* text, DWORD style, int x, int y,
+                 int width, int height, int id, DWORD ex_style = 0);
+    void OnCommand(int id, int code);
+    void OnNotify(const NMHDR& notification);
+    void OnClose();
+    void ShowContextMenu(HMENU menu);
+    LRESULT ColorStatic(HDC dc, HWND control);
+    void FitFirstColumns();
+
+    MainWindowServices services_;
+    ProgramState& state_;
+    HWND window_ = nullptr;
+    MainMenus menus_;
+    TaskPane task_pane_;
+    FormResizer resizer_;
+    UniqueFont font_;
+    UniqueFont link_font_;
+    UniqueWindow header_tips_;
+    bool destroying_ = false;
+
+    // The controls, as the window's code reaches them.
+    FormWindow form_window_;
+    WindowText frame1_, frame2_, label2_, start_stop_, status_, current_key_, label21_, label3_;
+    WindowText restore_button_, delete_button_;
+    RadioButton option1_, option2_;
+    DriveCombo drive_;
+    CheckListControl errors_, backups_;
+    ProgressControl progress_;
+    MenuItemText menu_start_stop_;
+    HWND image1_ = nullptr;
+    std::vector<HWND> scan_panel_, backups_panel_;
+
+    std::unique_ptr<frmMain> form_;
+};
+
+}  // namespace regvex::ui

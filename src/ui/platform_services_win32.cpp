@@ -1,0 +1,78 @@
+#include "ui/platform_services_win32.h"
+
+#include <shellapi.h>
+
+#include "text/wide_text_win32.h"
+
+namespace regvex::ui {
+
+float Win32Clock::SecondsSinceMidnight() {
+    SYSTEMTIME now{};
+    GetLocalTime(&now);
+    return static_cast<float>(now.wHour * 3600 + now.wMinute * 60 + now.wSecond) +
+           static_cast<float>(now.wMilliseconds) / 1000.0f;
+}
+
+void Win32MessagePump::Handle(MSG& message) {
+    if (!pretranslate_ || !pretranslate_(message)) {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+}
+
+int Win32MessagePump::Run() {
+    MSG message{};
+    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+        Handle(message);
+    }
+    return static_cast<int>(message.wParam);
+}
+
+void Win32MessagePump::DoEvents() {
+    MSG message{};
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        if (message.message == WM_QUIT) {
+            // Left for the program's own message loop to end on.
+            PostQuitMessage(static_cast<int>(message.wParam));
+            return;
+        }
+        Handle(message);
+    }
+}
+
+void Win32MessagePump::EndProcess() {
+    ExitProcess(0);
+}
+
+void Win32Shell::OpenUrl(std::string_view url) {
+    ShellExecuteW(owner_, L"open", text::ToWide(url).c_str(), nullptr, nullptr, SW_SHOWNORMAL);
+}
+
+bool Win32Shell::ShowHelp(std::string_view chm_path) {
+    return show_help_ && show_help_(owner_, chm_path);
+}
+
+ScreenMetrics Win32Screen::Metrics() {
+    ScreenMetrics metrics;
+    HDC screen = GetDC(nullptr);
+    const int dpi_x = GetDeviceCaps(screen, LOGPIXELSX);
+    const int dpi_y = GetDeviceCaps(screen, LOGPIXELSY);
+    ReleaseDC(nullptr, screen);
+    metrics.twips_per_pixel_x = dpi_x > 0 ? 1440 / dpi_x : 15;
+    metrics.twips_per_pixel_y = dpi_y > 0 ? 1440 / dpi_y : 15;
+    metrics.width_pixels = GetSystemMetrics(SM_CXSCREEN);
+    metrics.height_pixels = GetSystemMetrics(SM_CYSCREEN);
+    return metrics;
+}
+
+std::uintptr_t Win32Redirection::Disable() {
+    void* old_value = nullptr;
+    Wow64DisableWow64FsRedirection(&old_value);
+    return reinterpret_cast<std::uintptr_t>(old_value);
+}
+
+void Win32Redirection::Revert(std::uintptr_t old_value) {
+    Wow64RevertWow64FsRedirection(reinterpret_cast<void*>(old_value));
+}
+
+}  // namespace regvex::ui

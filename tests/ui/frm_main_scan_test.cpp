@@ -1,0 +1,208 @@
+#include <gtest/gtest.h>
+
+#include "support/registry_fixtures.h"
+#include "ui/main_window_fakes.h"
+
+namespace regvex::testing {
+namespace {
+
+using ui::mb::kNo;
+using ui::mb::kYes;
+
+class MainScanTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        // Each key below HKEY_CURRENT_USER\Software is one pump of the scan.
+        PutString(rig.registry, kHkeyCurrentUser, "Software\\A", "app", "C:\\A\\app.exe");
+        PutString(rig.registry, kHkeyCurrentUser, "Software\\B", "data", "C:\\B\\data.ini");
+        PutString(rig.registry, kHkeyCurrentUser, "Software\\C", "there", "C:\\C\\there.dll");
+        PutString(rig.registry, kHkeyCurrentUser, "Software\\D", "old", "c:\\OldApp\\x.dll");
+        rig.files.present.insert("C:\\C\\THERE.DLL");
+        rig.main.Form_Load();
+    }
+
+    MainWindowRig rig;
+};
+
+TEST_F(MainScanTest, AFinishedScanListsTheMissingFilesAndReturnsToIdle) {
+    rig.main.cmdStartStop_Click();
+
+    EXPECT_EQ(rig.Rows(),
+              (std::vector<std::vector<std::string>>{
+                  {"Invalid Entry", "HKEY_CURRENT_USER", "Software\\A\\app", "C:\\A\\app.exe"},
+                  {"Invalid Entry", "HKEY_CURRENT_USER", "Software\\B\\data", "C:\\B\\data.ini"},
+                  {"Invalid Entry", "HKEY_CURRENT_USER", "Software\\D\\old", "c:\\OldApp\\x.dll"},
+              }));
+    EXPECT_EQ(rig.start_stop.Caption(), "Begin Scan");
+    EXPECT_EQ(rig.form.Caption(), "Scan Complete (3 errors found)");
+    EXPECT_EQ(rig.status.Caption(), "Search result:");
+    EXPECT_EQ(rig.current_key.Caption(),
+              "Registry Vexlor has finished searching and found the following errors below:");
+    EXPECT_FALSE(rig.state.bScanning);
+    EXPECT_EQ(rig.state.ScanDrive, "C:\\");
+    // The ignore list was loaded for the scan and unloaded after it; the window came back.
+    EXPECT_EQ(rig.ignore.loads, 1);
+    EXPECT_FALSE(rig.ignore.loaded);
+    EXPECT_EQ(rig.form.activations, 1);
+}
+
+TEST_F(MainScanTest, EveryStateShowsItsCaptionsWhileTheScanRuns) {
+    struct Seen {
+        std::string button, caption;
+        bool scanning;
+    };
+    std::vector<Seen> seen;
+    auto look = [&] {
+        seen.push_back({rig.start_stop.Caption(), rig.form.Caption(), rig.state.bScanning});
+    };
+    rig.pump.at_pump[1] = look;  // the first key: nothing found yet
+    rig.pump.at_pump[8] = look;  // later: findings listed
+    look();                      // idle, after loading
+    rig.main.cmdStartStop_Click();
+    look();
+
+    ASSERT_EQ(seen.size(), 4u);
+    EXPECT_EQ(seen[0].button, "Begin Scan");
+    EXPECT_EQ(seen[0].caption, "Registry Vexlor 1.0");
+    EXPECT_FALSE(seen[0].scanning);
+    EXPECT_EQ(seen[1].button, "Stop Scan");
+    EXPECT_EQ(seen[1].caption, "Scanning...");
+    EXPECT_TRUE(seen[1].scanning);
+    EXPECT_EQ(seen[2].button, "Stop Scan");
+    EXPECT_EQ(seen[2].caption, "Registry Vexlor 1.0 (2 errors found)");
+    EXPECT_TRUE(seen[2].scanning);
+    EXPECT_EQ(seen[3].caption, "Scan Complete (3 errors found)");
+}
+
+TEST_F(MainScanTest, AStopClickedDuringTheScanEndsItAndKeepsTheRowsFound) {
+    std::vector<bool> scanning_after_stop;
+    std::string caption_after_stop;
+    rig.pump.at_pump[8] = [&] {
+        rig.main.cmdStartStop_Click();  // handled inside the running click, as Windows would
+        caption_after_stop = rig.form.Caption();
+        scanning_after_stop.push_back(rig.state.bScanning);
+    };
+    rig.pump.at_pump[9] = [&] {
+        scanning_after_stop.push_back(rig.state.bScanning);
+        EXPECT_EQ(rig.start_stop.Caption(), "Stop Scan");  // until the search ends
+    };
+    rig.main.cmdStartStop_Click();
+
+    EXPECT_EQ(caption_after_stop, "Exiting...");
+    // The stop click clears the flag while the outer click still winds the scan down.
+    EXPECT_EQ(scanning_after_stop, (std::vector<bool>{false, false}));
+    EXPECT_EQ(rig.current_key.Caption(), "Scan proccess stopped by user.");
+    EXPECT_EQ(rig.start_stop.Caption(), "Begin Scan");
+    EXPECT_EQ(rig.form.Caption(), "Scan Complete (2 errors found)");
+    EXPECT_EQ(rig.errors.RowCount(), 2);
+    // Both the stop and the outer click unloaded the ignore list.
+    EXPECT_EQ(rig.ignore.unloads, 2);
+}
+
+TEST_F(MainScanTest, TheMenuRunsTwoWholeScansAndEndsReadingStart) {
+    rig.main.mnuStartStop_Click();
+    int completed = 0;
+    for (const std::string& text : rig.status.history) {
+        completed += text == "Search result:" ? 1 : 0;
+    }
+    EXPECT_EQ(completed, 2);
+    EXPECT_EQ(rig.menu_start_stop.Caption(), "&Start Scan");
+    EXPECT_EQ(rig.menu_start_stop.history, (std::vector<std::string>{"&Stop Scan", "&Start Scan"}));
+}
+
+TEST_F(MainScanTest, DeepAndSafeScansListTheSameRows) {
+    rig.option1.SetValue(true);
+    rig.option2.SetValue(false);
+    rig.main.cmdStartStop_Click();
+    const auto deep = rig.Rows();
+    EXPECT_FALSE(rig.main.SafeScan());
+
+    rig.option1.SetValue(false);
+    rig.option2.SetValue(true);
+    rig.main.cmdStartStop_Click();
+    EXPECT_EQ(rig.Rows(), deep);
+    EXPECT_FALSE(rig.main.SafeScan());
+    // data.ini is listed although its extension is not among the known ones.
+    EXPECT_EQ(deep.size(), 3u);
+}
+
+TEST_F(MainScanTest, UpperCaseIgnoreEntriesDropFindingsLowerCaseOnesDoNot) {
+    rig.ignore.file_entries = {"OLDAPP", "software\\a", "SOFTWARE\\B"};
+    rig.main.cmdStartStop_Click();
+    ASSERT_EQ(rig.errors.RowCount(), 1);
+    EXPECT_EQ(rig.errors.Text(0, 2), "Software\\A\\app");
+}
+
+TEST_F(MainScanTest, OnSixtyFourBitWindowsTheRedirectionIsOffForTheScan) {
+    rig.system.architecture = kProcessorArchitectureAmd64;
+    rig.pump.at_pump[8] = [&] { rig.main.cmdStartStop_Click(); };
+    rig.main.cmdStartStop_Click();
+    // The stop click switches it off again and leaves it to the outer click to revert.
+    EXPECT_EQ(rig.redirection.calls,
+              (std::vector<std::string>{"disable", "disable", "revert 171"}));
+
+    rig.redirection.calls.clear();
+    rig.system.version = {10, 0};  // compares as text below "5.1": taken for 32-bit
+    rig.main.cmdStartStop_Click();
+    EXPECT_TRUE(rig.redirection.calls.empty());
+}
+
+TEST_F(MainScanTest, ClosingFromTheTitleBarDuringAScanEndsTheProcessAtTheNextPause) {
+    bool cancelled = true;
+    rig.pump.at_pump[3] = [&] { cancelled = rig.main.Form_QueryUnload(ui::kUnloadFromTitleBar); };
+    EXPECT_THROW(rig.main.cmdStartStop_Click(), ProcessEnded);
+    EXPECT_FALSE(cancelled);
+    ASSERT_EQ(rig.dialogs.shown.size(), 1u);
+    EXPECT_EQ(rig.dialogs.shown[0].prompt, "Are you sure you want to quit?");
+    EXPECT_EQ(rig.dialogs.shown[0].style, ui::mb::kYesNo | ui::mb::kQuestion);
+    EXPECT_TRUE(rig.dialogs.shown[0].coloured);
+    EXPECT_EQ(rig.pump.pumps, 3);
+}
+
+TEST_F(MainScanTest, QuittingAsksOnlyFromTheTitleBar) {
+    rig.dialogs.answers = {kNo, kYes};
+    EXPECT_TRUE(rig.main.Form_QueryUnload(ui::kUnloadFromTitleBar));
+    EXPECT_FALSE(rig.main.Form_QueryUnload(ui::kUnloadFromTitleBar));
+    EXPECT_FALSE(rig.main.Form_QueryUnload(ui::kUnloadFromCode));
+    EXPECT_EQ(rig.dialogs.shown.size(), 2u);
+    rig.main.mnuExit_Click();
+    EXPECT_EQ(rig.view.calls.back(), "close");
+}
+
+TEST_F(MainScanTest, AnErrorEndingTheSearchShowsItsNumber) {
+    rig.main.cReg_SearchFinished(13);
+    EXPECT_EQ(rig.current_key.Caption(), "An Error occured! Err number = 13");
+    EXPECT_EQ(rig.start_stop.Caption(), "Begin Scan");
+    EXPECT_EQ(rig.status.Caption(), "Search result:");
+}
+
+TEST_F(MainScanTest, AFindingOfAnotherKindIsListedWithoutAStatus) {
+    rig.state.ScanDrive = "C:\\";
+    rig.main.cReg_SearchFound("HKEY_CURRENT_USER", "K\\v", "C:\\gone.exe", 7);
+    ASSERT_EQ(rig.errors.RowCount(), 1);
+    EXPECT_EQ(rig.errors.Text(0, 0), "");
+    EXPECT_EQ(rig.errors.autosized, (std::vector<int>{1, 2, 3}));
+}
+
+TEST_F(MainScanTest, TheCurrentKeyIsRepaintedTenTimesASecondAndNotAfterMidnight) {
+    const struct {
+        float now;
+        bool minimised;
+        bool repainted;
+    } steps[] = {
+        {100.00f, false, true},   {100.05f, false, false}, {100.20f, false, true},
+        {100.40f, true, false},   {100.45f, false, false},  // the minimised step moved it on
+        {86399.95f, false, true}, {0.50f, false, false},   {3600.0f, false, false},
+    };
+    int step = 0;
+    for (const auto& s : steps) {
+        rig.clock.now = s.now;
+        rig.form.minimized = s.minimised;
+        const std::string text = "HKEY_CURRENT_USER\\K" + std::to_string(step++);
+        rig.main.cReg_SearchKeyChanged(text);
+        EXPECT_EQ(rig.current_key.Caption() == text, s.repainted) << s.now;
+    }
+}
+
+}  // namespace
+}  // namespace regvex::testing

@@ -1,0 +1,176 @@
+#pragma once
+// The main window's surroundings, faked: its controls in memory, a pump that runs
+// scripted clicks while a scan is inside the search, and services that record calls.
+
+#include <functional>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "engine/memory_registry.h"
+#include "ignore/ignore_window.h"
+#include "support/memory_controls.h"
+#include "support/scripted_services.h"
+#include "ui/frm_main.h"
+
+namespace regvex::testing {
+
+struct ProcessEnded {};
+
+class ScriptedPump final : public ui::MessagePump {
+  public:
+    void DoEvents() override {
+        ++pumps;
+        if (auto action = at_pump.find(pumps); action != at_pump.end()) {
+            action->second();
+        }
+    }
+    void EndProcess() override { throw ProcessEnded{}; }
+    int pumps = 0;
+    std::map<int, std::function<void()>> at_pump;
+};
+
+class RecordingShell final : public ui::Shell {
+  public:
+    void OpenUrl(std::string_view url) override { urls.emplace_back(url); }
+    bool ShowHelp(std::string_view path) override {
+        help.emplace_back(path);
+        return help_available;
+    }
+    std::vector<std::string> urls;
+    std::vector<std::string> help;
+    bool help_available = true;
+};
+
+class FixedScreen final : public ui::Screen {
+  public:
+    ui::ScreenMetrics Metrics() override { return metrics; }
+    ui::ScreenMetrics metrics{15, 15, 1024, 768};
+};
+
+class FakeSystem final : public SystemInfo {
+  public:
+    OsVersion Version() override { return version; }
+    std::uint16_t NativeProcessorArchitecture() override { return architecture; }
+    OsVersion version{6, 1};
+    std::uint16_t architecture = 0;  // x86
+};
+
+class SetOfFiles final : public FileExistence {
+  public:
+    int Check(const std::string& path) override { return present.count(path) != 0 ? 1 : 0; }
+    std::set<std::string> present;
+};
+
+class RecordingRedirection final : public ui::FileSystemRedirection {
+  public:
+    std::uintptr_t Disable() override {
+        calls.push_back("disable");
+        return 0xAB;
+    }
+    void Revert(std::uintptr_t old_value) override {
+        calls.push_back("revert " + std::to_string(old_value));
+    }
+    std::vector<std::string> calls;
+};
+
+class FakeIgnoreWindow final : public ui::IgnoreWindow {
+  public:
+    bool IsLoaded() const override { return loaded; }
+    ui::frmIgnore& Form() override { throw std::logic_error("not used by the main window"); }
+    ui::ListBox& lstIgnore() override {
+        if (!loaded) {
+            loaded = true;
+            ++loads;
+            entries.items = file_entries;
+        }
+        return entries;
+    }
+    void Unload() override {
+        loaded = false;
+        ++unloads;
+    }
+    void Show() override { ++shows; }
+
+    bool loaded = false;
+    int loads = 0;
+    int unloads = 0;
+    int shows = 0;
+    std::vector<std::string> file_entries;
+    MemoryListBox entries;
+};
+
+class RecordingView final : public ui::MainView {
+  public:
+    void SetWindowIcon() override { calls.push_back("icon"); }
+    void SetControlsFont(std::string_view font) override {
+        calls.push_back("font " + std::string(font));
+    }
+    void BuildTaskPane(const std::vector<ui::TaskGroupSpec>& groups) override { pane = groups; }
+    void BringToFront(Panel panel) override {
+        calls.push_back(panel == Panel::kScan ? "front scan" : "front backups");
+    }
+    void ScaleForm(double rx, double ry, bool size_window) override {
+        scales.push_back({rx, ry, size_window});
+    }
+    void LayOut() override { calls.push_back("layout"); }
+    void ShowAbout() override { calls.push_back("about"); }
+    void Close() override { calls.push_back("close"); }
+
+    struct Scale {
+        double rx, ry;
+        bool size_window;
+    };
+    std::vector<std::string> calls;
+    std::vector<ui::TaskGroupSpec> pane;
+    std::vector<Scale> scales;
+};
+
+// A main window with everything around it.
+struct MainWindowRig {
+    MemoryWindow form;
+    MemoryCaption frame1{"Registry Scan"};
+    MemoryCaption frame2{"Restore Backups"};
+    MemoryOption option1;
+    MemoryOption option2;
+    MemoryDriveList drive{"c: [SYSTEM]"};
+    MemoryCaption start_stop{"Begin Scan"};
+    MemoryCaption status{"Scanning Key:"};
+    MemoryCaption current_key;
+    MemoryListView errors;
+    MemoryListView backups;
+    MemoryProgressBar progress;
+    MemoryCaption label21;
+    MemoryCaption menu_start_stop{"&Start Scan"};
+
+    ScriptedDialogs dialogs;
+    ScriptedClock clock;
+    ScriptedPump pump;
+    RecordingShell shell;
+    FixedScreen screen;
+    FakeSystem system;
+    MemoryRegistry registry;
+    SetOfFiles files;
+    RecordingRedirection redirection;
+    FakeIgnoreWindow ignore;
+    RecordingView view;
+    ui::ProgramState state;
+
+    ui::frmMain main{
+        ui::MainControls{form, frame1, frame2, option1, option2, drive, start_stop, status,
+                         current_key, errors, backups, progress, label21, menu_start_stop},
+        ui::MainServices{dialogs, clock, pump, shell, screen, system, registry, files, redirection,
+                         ignore, view},
+        state};
+
+    std::vector<std::vector<std::string>> Rows() const {
+        std::vector<std::vector<std::string>> rows;
+        for (const auto& row : errors.rows) {
+            rows.push_back(row.texts);
+        }
+        return rows;
+    }
+};
+
+}  // namespace regvex::testing
