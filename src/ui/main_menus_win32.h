@@ -17,6 +17,8 @@ enum MainCommand : UINT {
     kRestoreButton,
     kDeleteButton,
     kTaskPane,
+    kStatusLabel,
+    kCurrentKeyLabel,
 
     kMenuStartStop = 2001,
     kMenuRestore,

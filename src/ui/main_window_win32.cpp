@@ -141,8 +141,9 @@ void MainWindow::CreateControls() {
         Control(L"BUTTON", L"Safe Scan", BS_AUTORADIOBUTTON, 628, 32, 96, 20, kSafeOption);
     const HWND start_stop = Control(L"BUTTON", L"Begin Scan", BS_PUSHBUTTON | WS_TABSTOP | WS_GROUP,
                                     688, 60, 92, 28, kStartStopButton);
-    const HWND status = Control(L"STATIC", L"Scanning Key:", label, 226, 66, 450, 18, -1);
-    const HWND current_key = Control(L"STATIC", L"", label | SS_PATHELLIPSIS, 226, 92, 554, 18, -1);
+    const HWND status = Control(L"STATIC", L"Scanning Key:", label, 226, 66, 450, 18, kStatusLabel);
+    const HWND current_key =
+        Control(L"STATIC", L"", label | SS_PATHELLIPSIS, 226, 92, 554, 18, kCurrentKeyLabel);
     const DWORD list_style = LVS_REPORT | LVS_SHOWSELALWAYS | LVS_SINGLESEL | WS_TABSTOP;
     const DWORD list_ex_style = LVS_EX_CHECKBOXES | LVS_EX_FULLROWSELECT | LVS_EX_GRIDLINES |
                                 LVS_EX_LABELTIP | LVS_EX_DOUBLEBUFFER;

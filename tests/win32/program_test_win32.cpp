@@ -1,0 +1,110 @@
+// The program itself under Wine: its real main window scans a test tree and lists
+// exactly the test tree's missing files; a Stop clicked while the scan runs ends it.
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "engine/win32_registry_win32.h"
+#include "test_support_win32.h"
+#include "ui/main_menus_win32.h"
+#include "ui/program_win32.h"
+
+namespace regvex {
+namespace {
+
+using namespace std::string_literals;
+
+std::string TextOf(HWND window) {
+    wchar_t text[1024] = {};
+    GetWindowTextW(window, text, 1024);
+    return text::FromWide(text);
+}
+
+class ProgramTest : public ::testing::Test {
+  protected:
+    static void SetUpTestSuite() {
+        program_ = new ui::Program();
+        ASSERT_TRUE(program_->Start(SW_SHOWNORMAL));
+    }
+    static void TearDownTestSuite() {
+        delete program_;
+        program_ = nullptr;
+    }
+
+    HWND Window() const { return program_->main_window().hwnd(); }
+    HWND Item(int id) const { return GetDlgItem(Window(), id); }
+
+    // The rows of the results that lie under this test's key.
+    std::vector<std::vector<std::string>> RowsOfTestKey() {
+        ui::CheckListView& results = program_->main_window().results();
+        std::vector<std::vector<std::string>> rows;
+        for (int row = 0; row < results.RowCount(); ++row) {
+            if (results.Text(row, 1) == "HKEY_CURRENT_USER" &&
+                results.Text(row, 2).rfind(key_.path() + "\\", 0) == 0) {
+                rows.push_back({results.Text(row, 0), results.Text(row, 2), results.Text(row, 3)});
+            }
+        }
+        return rows;
+    }
+
+    void Put(const std::string& subkey, const std::string& name, const std::string& data) {
+        ScopedKey key;
+        ASSERT_EQ(ScopedKey::Create(registry_, kHkeyCurrentUser, key_.Below(subkey),
+                                    reg::kKeyAllAccess, key),
+                  reg::kSuccess);
+        ASSERT_EQ(registry_.SetValue(key.get(), name, reg::kSz,
+                                     std::vector<std::uint8_t>(data.begin(), data.end())),
+                  reg::kSuccess);
+    }
+
+    static ui::Program* program_;
+    testing::TestKey key_;
+    testing::TempFolder folder_;
+    Win32Registry registry_;
+};
+
+ui::Program* ProgramTest::program_ = nullptr;
+
+TEST_F(ProgramTest, TheWindowListsExactlyTheMissingFilesOfTheTestTree) {
+    const std::string f = folder_.path();
+    folder_.MakeFile("present.exe");
+    Put("App", "a-gone", "\"" + f + "\\gone.exe\" /run\0"s);
+    Put("App", "b-present", f + "\\present.exe\0"s);
+    Put("App", "c-page", f + "\\page.html\0"s);
+    Put("App\\Deeper", "d-missing", f + "\\missing.dll,0\0"s);
+
+    program_->main_window().form().cmdStartStop_Click();
+
+    const std::string k = key_.path();
+    EXPECT_EQ(RowsOfTestKey(),
+              (std::vector<std::vector<std::string>>{
+                  {"Invalid Entry", k + "\\App\\a-gone", "\"" + f + "\\gone.exe\" /run"},
+                  {"Invalid Entry", k + "\\App\\Deeper\\d-missing", f + "\\missing.dll,0"},
+              }));
+    const int rows = program_->main_window().results().RowCount();
+    EXPECT_EQ(TextOf(Window()), "Scan Complete (" + std::to_string(rows) + " errors found)");
+    EXPECT_EQ(TextOf(Item(ui::kStartStopButton)), "Begin Scan");
+    EXPECT_EQ(TextOf(Item(ui::kStatusLabel)), "Search result:");
+    EXPECT_EQ(TextOf(Item(ui::kCurrentKeyLabel)),
+              "Registry Vexlor has finished searching and found the following errors below:");
+    EXPECT_FALSE(program_->state().bScanning);
+}
+
+TEST_F(ProgramTest, AStopClickedWhileTheScanRunsEndsItWithTheStopTexts) {
+    // Waiting in the queue, the click is handled at the scan's first pause, inside it.
+    PostMessageW(Item(ui::kStartStopButton), BM_CLICK, 0, 0);
+    program_->main_window().form().cmdStartStop_Click();
+
+    EXPECT_EQ(TextOf(Item(ui::kCurrentKeyLabel)), "Scan proccess stopped by user.");
+    EXPECT_EQ(TextOf(Item(ui::kStartStopButton)), "Begin Scan");
+    const int rows = program_->main_window().results().RowCount();
+    EXPECT_EQ(TextOf(Window()), "Scan Complete (" + std::to_string(rows) + " errors found)");
+    EXPECT_FALSE(program_->state().bScanning);
+}
+
+}  // namespace
+}  // namespace regvex
