@@ -137,7 +137,8 @@ GenerationSummary RegistryGenerator::Generate(RegistrySink& sink) const {
         ++value_counts[key];
     }
 
-    ValueMaker maker(value_rng, existing_, missing_, folders_, x86_folders_, summary);
+    ValueMaker maker(value_rng, existing_, missing_, folders_, x86_folders_, summary,
+                     options_.file_references);
     std::string path;
     const auto emit = [&](auto& self, std::uint32_t index) -> void {
         const TreeKey& key = keys[index];

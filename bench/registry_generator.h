@@ -23,6 +23,8 @@ struct GeneratorOptions {
     std::uint64_t seed = 1;
     std::size_t keys = 200'000;
     std::size_t values = 1'000'000;
+    // The share of values that name a file on C:, half of them missing.
+    double file_references = 0.05;
 };
 
 // Receives the registry key by key, each parent before its children.

@@ -69,6 +69,13 @@ Options ParseOptions(int argc, char** argv) {
             options.generator.values = ParseNumber(option, value);
         } else if (option == "--seed") {
             options.generator.seed = ParseNumber(option, value);
+        } else if (option == "--file-references") {
+            const double share = std::strtod(std::string(value).c_str(), nullptr);
+            if (!(share > 0 && share <= 0.98)) {
+                throw std::invalid_argument(
+                    "--file-references wants a share above 0 and at most 0.98");
+            }
+            options.generator.file_references = share;
         } else if (options.write_reg && option == "--out") {
             options.out = value;
         } else if (options.write_reg && option == "--files") {
@@ -354,7 +361,8 @@ int main(int argc, char** argv) {
     } catch (const std::exception& error) {
         std::cerr << "regvex_scan_bench: " << error.what() << "\n"
                   << "usage: regvex_scan_bench [--keys N] [--values N] [--seed N]\n"
-                  << "       regvex_scan_bench write-reg [--keys N] [--values N] [--seed N]"
+                  << "       regvex_scan_bench write-reg [--keys N] [--values N] [--seed N] "
+                     "[--file-references S]"
                      " --out FILE --files DIR\n";
         return 2;
     }

@@ -129,8 +129,10 @@ void SetRandomBytes(Random& rng, std::vector<std::uint8_t>& data, std::size_t si
 ValueMaker::ValueMaker(Random& rng, const std::vector<RegistryGenerator::DriveFile>& existing,
                        const std::vector<RegistryGenerator::DriveFile>& missing,
                        const std::vector<std::string>& folders,
-                       const std::vector<std::string>& x86_folders, GenerationSummary& summary)
+                       const std::vector<std::string>& x86_folders, GenerationSummary& summary,
+                       double file_references)
     : rng_(rng),
+      file_references_(file_references),
       existing_(existing),
       missing_(missing),
       folders_(folders),
@@ -148,15 +150,18 @@ void ValueMaker::MakeValues(RegistrySink& sink, std::size_t count) {
         std::string name = i == 0 && rng_.Chance(0.25) ? std::string() : ValueName();
         std::uint32_t type = reg::kSz;
         const double roll = rng_.Unit();
-        if (roll < 0.05) {
+        // After the file references: 1 % refused path texts, 0.3 % unmatched ones and
+        // 0.01 % oversized values.
+        const double references = file_references_;
+        if (roll < references) {
             type = FileReference(reached);
-        } else if (roll < 0.06) {
+        } else if (roll < references + 0.01) {
             RejectedPath();
             ++summary_.rejected_paths;
-        } else if (roll < 0.063) {
+        } else if (roll < references + 0.013) {
             type = UnmatchedPath(name);
             ++summary_.rejected_paths;
-        } else if (roll < 0.0631) {
+        } else if (roll < references + 0.0131) {
             type = Oversized();
             ++summary_.oversized_values;
             blocked = true;

@@ -18,7 +18,7 @@ class ValueMaker {
     ValueMaker(Random& rng, const std::vector<RegistryGenerator::DriveFile>& existing,
                const std::vector<RegistryGenerator::DriveFile>& missing,
                const std::vector<std::string>& folders, const std::vector<std::string>& x86_folders,
-               GenerationSummary& summary);
+               GenerationSummary& summary, double file_references);
 
     // The values of the key given to `sink` last.
     void MakeValues(RegistrySink& sink, std::size_t count);
@@ -38,6 +38,7 @@ class ValueMaker {
     std::string OrdinaryText();
 
     Random& rng_;
+    double file_references_;
     const std::vector<RegistryGenerator::DriveFile>& existing_;
     const std::vector<RegistryGenerator::DriveFile>& missing_;
     const std::vector<std::string>& folders_;
