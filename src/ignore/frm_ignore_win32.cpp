@@ -17,7 +17,6 @@ namespace regvex::ui {
 namespace {
 
 constexpr wchar_t kWindowClass[] = L"RegvexlorIgnoreList";
-constexpr UINT_PTR kListSubclassId = 1;
 
 // The window as designed, in pixels at 96 dots per inch; ResizeIgnore scales it to the
 // screen.
@@ -443,8 +442,13 @@ void Win32IgnoreWindow::Load() {
             reinterpret_cast<HMENU>(static_cast<INT_PTR>(place.id)), instance, nullptr);
         SendMessageW(control, WM_SETFONT, reinterpret_cast<WPARAM>(font.get()), FALSE);
     }
-    SetWindowSubclass(GetDlgItem(window, kIdLstIgnore), &Win32IgnoreWindow::ListProc,
-                      kListSubclassId, reinterpret_cast<DWORD_PTR>(this));
+    // Subclassed by hand: the common controls' subclassing looks up a window property
+    // for every message, a round trip to the server under Wine, and a scan asks this
+    // list for its entries at every finding.
+    const HWND list = GetDlgItem(window, kIdLstIgnore);
+    SetWindowLongPtrW(list, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+    list_proc_ = reinterpret_cast<WNDPROC>(
+        SetWindowLongPtrW(list, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&ListProc)));
 
     loaded_ = std::make_unique<Loaded>(window, std::move(font), menu_bar, file_menu, deps_.dialogs);
     Loaded& l = *loaded_;
@@ -589,9 +593,10 @@ void Win32IgnoreWindow::OnListMouse(UINT message, WPARAM wparam, LPARAM lparam) 
     }
 }
 
-LRESULT CALLBACK Win32IgnoreWindow::ListProc(HWND list, UINT message, WPARAM wparam, LPARAM lparam,
-                                             UINT_PTR /*id*/, DWORD_PTR data) {
-    auto* self = reinterpret_cast<Win32IgnoreWindow*>(data);
+LRESULT CALLBACK Win32IgnoreWindow::ListProc(HWND list, UINT message, WPARAM wparam,
+                                             LPARAM lparam) {
+    auto* self = reinterpret_cast<Win32IgnoreWindow*>(GetWindowLongPtrW(list, GWLP_USERDATA));
+    const WNDPROC previous = self->list_proc_;
     switch (message) {
         case WM_LBUTTONDOWN:
         case WM_LBUTTONDBLCLK:
@@ -603,19 +608,20 @@ LRESULT CALLBACK Win32IgnoreWindow::ListProc(HWND list, UINT message, WPARAM wpa
         case WM_RBUTTONUP:
         case WM_MBUTTONUP: {
             // The list box does its own selecting first; the handlers have the last word.
-            const LRESULT result = DefSubclassProc(list, message, wparam, lparam);
+            const LRESULT result = CallWindowProcW(previous, list, message, wparam, lparam);
             if (self->loaded_ != nullptr) {
                 self->RunHandler([&] { self->OnListMouse(message, wparam, lparam); });
             }
             return result;
         }
         case WM_NCDESTROY:
-            RemoveWindowSubclass(list, &Win32IgnoreWindow::ListProc, kListSubclassId);
+            SetWindowLongPtrW(list, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(previous));
+            SetWindowLongPtrW(list, GWLP_USERDATA, 0);
             break;
         default:
             break;
     }
-    return DefSubclassProc(list, message, wparam, lparam);
+    return CallWindowProcW(previous, list, message, wparam, lparam);
 }
 
 LRESULT CALLBACK Win32IgnoreWindow::WindowProc(HWND window, UINT message, WPARAM wparam,

@@ -67,11 +67,12 @@ class Win32IgnoreWindow final : public IgnoreWindow {
 
   private:
     struct Loaded;
+    // The list box's own procedure, behind ours.
+    WNDPROC list_proc_ = nullptr;
     friend struct Loaded;
 
     static LRESULT CALLBACK WindowProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
-    static LRESULT CALLBACK ListProc(HWND list, UINT message, WPARAM wparam, LPARAM lparam,
-                                     UINT_PTR id, DWORD_PTR data);
+    static LRESULT CALLBACK ListProc(HWND list, UINT message, WPARAM wparam, LPARAM lparam);
     LRESULT HandleMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
     void Load();
     void Destroy();

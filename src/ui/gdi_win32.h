@@ -41,6 +41,30 @@ using UniqueFont = GdiObject<HFONT>;
 using UniqueBrush = GdiObject<HBRUSH>;
 using UniqueBitmap = GdiObject<HBITMAP>;
 
+// A memory device context for measuring and drawing off screen.
+class MemoryDc {
+  public:
+    MemoryDc() = default;
+    ~MemoryDc() {
+        if (dc_ != nullptr) {
+            DeleteDC(dc_);
+        }
+    }
+    MemoryDc(const MemoryDc&) = delete;
+    MemoryDc& operator=(const MemoryDc&) = delete;
+
+    // Made on first use, compatible with the screen.
+    HDC get() {
+        if (dc_ == nullptr) {
+            dc_ = CreateCompatibleDC(nullptr);
+        }
+        return dc_;
+    }
+
+  private:
+    HDC dc_ = nullptr;
+};
+
 // A window this program created and must destroy.
 class UniqueWindow {
   public:

@@ -342,6 +342,11 @@ void MainWindow::ShowContextMenu(HMENU menu) {
     TrackPopupMenu(menu, TPM_RIGHTBUTTON, at.x, at.y, 0, window_, nullptr);
 }
 
+void MainWindow::PreTranslateMessage(const MSG& message) const {
+    errors_.RelayToTips(message);
+    backups_.RelayToTips(message);
+}
+
 void MainWindow::OnNotify(const NMHDR& notification) {
     if (notification.code == NM_RCLICK) {
         if (notification.hwndFrom == errors_.hwnd()) {

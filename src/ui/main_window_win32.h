@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 
+#include "ui/check_list_control_win32.h"
 #include "ui/form_resizer_win32.h"
 #include "ui/frm_main.h"
 #include "ui/gdi_win32.h"
@@ -45,6 +46,8 @@ class MainWindow final : public MainView {
     HWND hwnd() const { return window_; }
     frmMain& form() { return *form_; }
     CheckListView& results() { return errors_; }
+    // Sees every queued message before it is dispatched; never consumes one.
+    void PreTranslateMessage(const MSG& message) const;
 
     // MainView
     void SetWindowIcon() override;
@@ -82,7 +85,8 @@ class MainWindow final : public MainView {
 
     // The controls, as the window's code reaches them.
     FormWindow form_window_;
-    WindowText frame1_, frame2_, label2_, start_stop_, status_, current_key_, label21_, label3_;
+    WindowText frame1_, frame2_, label2_, start_stop_, label21_, label3_;
+    ThrottledText status_, current_key_;
     WindowText restore_button_, delete_button_;
     RadioButton option1_, option2_;
     DriveCombo drive_;

@@ -33,7 +33,12 @@ Program::Program()
                        SetActiveWindow(main_window_->hwnd());
                    }
                }}),
-      pump_([this](MSG& message) { return ignore_.PreTranslateMessage(message); }),
+      pump_([this](MSG& message) {
+          if (main_window_) {
+              main_window_->PreTranslateMessage(message);
+          }
+          return ignore_.PreTranslateMessage(message);
+      }),
       shell_(nullptr,
              [this](HWND owner, std::string_view path) { return help_.Show(owner, path); }) {
     state_.masks = KeyMasksFor(Is64BitWindows(system_));

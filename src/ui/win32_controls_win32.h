@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "ui/controls.h"
+#include "ui/throttled_text_win32.h"
 
 namespace regvex::ui {
 
@@ -23,6 +24,7 @@ class WindowText : public Captioned {
     HWND window_;
 };
 
+// The main window: its caption counts the findings while a scan runs.
 class FormWindow final : public Window {
   public:
     void Attach(HWND window) { text_.Attach(window); }
@@ -32,7 +34,7 @@ class FormWindow final : public Window {
     void Activate() override;
 
   private:
-    WindowText text_;
+    ThrottledText text_;
 };
 
 class MenuItemText final : public Captioned {
@@ -71,47 +73,6 @@ class ProgressControl final : public ProgressBar {
     HWND window_ = nullptr;
     int max_ = 100;
     int value_ = 0;
-};
-
-// A report-style list view with check boxes, one tooltip per column header.
-class CheckListControl final : public CheckListView {
-  public:
-    void Attach(HWND list, HWND tooltip);
-    HWND hwnd() const { return list_; }
-
-    void AddColumn(const ListColumn& column) override;
-    int ColumnCount() const override { return static_cast<int>(columns_.size()); }
-    int RowCount() const override;
-    void AddRow(const std::vector<std::string>& texts) override;
-    void Clear() override;
-    std::string Text(int row, int column) const override;
-    void SetText(int row, int column, std::string_view text) override;
-    bool Checked(int row) const override;
-    void SetChecked(int row, bool checked) override;
-    int SelectedRow() const override;
-    std::string Tag(int row) const override;
-    void SetTag(int row, std::string_view tag) override;
-    // The widest text so far, measured only for the rows added since the last call:
-    // a scan sizes the columns after every row it adds.
-    void AutoSizeColumn(int column) override;
-    void Refresh() override;
-
-    // The header tooltips follow the columns' places.
-    void UpdateColumnTips();
-    // Makes a column wide enough for `sample` and a check box, in the list's font.
-    void FitColumnTo(int column, std::string_view sample);
-
-  private:
-    struct ColumnState {
-        ListColumn column;
-        int widest = 0;
-        int measured_rows = 0;
-    };
-
-    HWND list_ = nullptr;
-    HWND tooltip_ = nullptr;
-    std::vector<ColumnState> columns_;
-    std::vector<std::string> tags_;
 };
 
 // The drive selector: the system's drives as "c: [LABEL]".

@@ -24,6 +24,20 @@ std::string TextOf(HWND window) {
     return text::FromWide(text);
 }
 
+// The labels and the caption show a scan's texts a little later than they are set, as a
+// user sees them: this lets that moment pass.
+void LetTheWindowCatchUp() {
+    const ULONGLONG until = GetTickCount64() + 300;
+    MSG message{};
+    while (GetTickCount64() < until) {
+        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+            TranslateMessage(&message);
+            DispatchMessageW(&message);
+        }
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, 20, QS_ALLINPUT);
+    }
+}
+
 class ProgramTest : public ::testing::Test {
   protected:
     static void SetUpTestSuite() {
@@ -78,6 +92,7 @@ TEST_F(ProgramTest, TheWindowListsExactlyTheMissingFilesOfTheTestTree) {
     Put("App\\Deeper", "d-missing", f + "\\missing.dll,0\0"s);
 
     program_->main_window().form().cmdStartStop_Click();
+    LetTheWindowCatchUp();
 
     const std::string k = key_.path();
     EXPECT_EQ(RowsOfTestKey(),
@@ -98,6 +113,7 @@ TEST_F(ProgramTest, AStopClickedWhileTheScanRunsEndsItWithTheStopTexts) {
     // Waiting in the queue, the click is handled at the scan's first pause, inside it.
     PostMessageW(Item(ui::kStartStopButton), BM_CLICK, 0, 0);
     program_->main_window().form().cmdStartStop_Click();
+    LetTheWindowCatchUp();
 
     EXPECT_EQ(TextOf(Item(ui::kCurrentKeyLabel)), "Scan proccess stopped by user.");
     EXPECT_EQ(TextOf(Item(ui::kStartStopButton)), "Begin Scan");

@@ -1,0 +1,70 @@
+#pragma once
+// The results and backups lists: report-style list views with check boxes.
+
+#include <windows.h>
+
+#include <string>
+#include <vector>
+
+#include "ui/controls.h"
+#include "ui/gdi_win32.h"
+
+namespace regvex::ui {
+
+// A report-style list view with check boxes, one tooltip per column header.
+class CheckListControl final : public CheckListView {
+  public:
+    CheckListControl() = default;
+    ~CheckListControl() override;
+    CheckListControl(const CheckListControl&) = delete;
+    CheckListControl& operator=(const CheckListControl&) = delete;
+
+    void Attach(HWND list, HWND tooltip);
+    HWND hwnd() const { return list_; }
+
+    void AddColumn(const ListColumn& column) override;
+    int ColumnCount() const override { return static_cast<int>(columns_.size()); }
+    int RowCount() const override;
+    void AddRow(const std::vector<std::string>& texts) override;
+    void Clear() override;
+    std::string Text(int row, int column) const override;
+    void SetText(int row, int column, std::string_view text) override;
+    bool Checked(int row) const override;
+    void SetChecked(int row, bool checked) override;
+    int SelectedRow() const override;
+    std::string Tag(int row) const override;
+    void SetTag(int row, std::string_view tag) override;
+    // The widest text so far, measured as rows are added: a scan sizes the columns after
+    // every row it adds, and the list view's own sizing measures every row again.
+    void AutoSizeColumn(int column) override;
+    void Refresh() override;
+
+    // The header tooltips follow the columns' places.
+    void UpdateColumnTips();
+    // Makes a column wide enough for `sample` and a check box, in the list's font.
+    void FitColumnTo(int column, std::string_view sample);
+    // Shows the header's mouse moves to its tooltips; called for every queued message.
+    void RelayToTips(const MSG& message) const;
+
+  private:
+    struct ColumnState {
+        ListColumn column;
+        int widest = 0;
+    };
+
+    int TextWidth(const std::wstring& text);
+    // A visible list view redraws itself for every row added, which a scan of thousands
+    // of findings cannot afford: drawing waits, and a timer lets it happen a few times a
+    // second.
+    void HoldRedraw();
+    static void CALLBACK ResumeRedraw(HWND list, UINT message, UINT_PTR timer, DWORD time);
+
+    HWND list_ = nullptr;
+    HWND tooltip_ = nullptr;
+    std::vector<ColumnState> columns_;
+    std::vector<std::string> tags_;
+    MemoryDc measure_dc_;
+    bool redraw_held_ = false;
+};
+
+}  // namespace regvex::ui

@@ -1,0 +1,135 @@
+// The view pieces a scan leans on: texts that are shown less often than they are set,
+// and a results list whose columns follow the widest text added.
+
+#include <windows.h>
+
+#include <commctrl.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "text/wide_text_win32.h"
+#include "ui/check_list_control_win32.h"
+#include "ui/gdi_win32.h"
+#include "ui/throttled_text_win32.h"
+
+namespace regvex::ui {
+namespace {
+
+void PumpFor(ULONGLONG milliseconds) {
+    const ULONGLONG until = GetTickCount64() + milliseconds;
+    MSG message{};
+    while (GetTickCount64() < until) {
+        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+            DispatchMessageW(&message);
+        }
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_ALLINPUT);
+    }
+}
+
+std::string WindowTextOf(HWND window) {
+    wchar_t text[256] = {};
+    GetWindowTextW(window, text, 256);
+    return text::FromWide(text);
+}
+
+int g_texts_shown = 0;
+
+LRESULT CALLBACK CountTexts(HWND window, UINT message, WPARAM wparam, LPARAM lparam, UINT_PTR,
+                            DWORD_PTR) {
+    if (message == WM_SETTEXT) {
+        ++g_texts_shown;
+    }
+    return DefSubclassProc(window, message, wparam, lparam);
+}
+
+class ViewControlsTest : public ::testing::Test {
+  protected:
+    // One visible frame for all: taking a top-level window down costs Wine a while.
+    static void SetUpTestSuite() {
+        InitCommonControls();
+        frame_ =
+            new UniqueWindow(CreateWindowExW(0, L"STATIC", L"", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0,
+                                             0, 700, 500, nullptr, nullptr, nullptr, nullptr));
+    }
+    static void TearDownTestSuite() {
+        delete frame_;
+        frame_ = nullptr;
+    }
+
+    HWND Child(const wchar_t* window_class, DWORD style) {
+        child_.Reset(CreateWindowExW(0, window_class, L"", WS_CHILD | WS_VISIBLE | style, 10, 10,
+                                     600, 400, frame_->get(), nullptr, nullptr, nullptr));
+        return child_.get();
+    }
+
+    static UniqueWindow* frame_;
+    UniqueWindow child_;
+};
+
+UniqueWindow* ViewControlsTest::frame_ = nullptr;
+
+TEST_F(ViewControlsTest, ABurstOfTextsIsReadBackAtOnceAndShownFewTimesEndingWithTheLast) {
+    const HWND label = Child(L"STATIC", SS_LEFT);
+    SetWindowSubclass(label, CountTexts, 1, 0);
+    g_texts_shown = 0;
+    ThrottledText text;
+    text.Attach(label);
+
+    for (int i = 1; i <= 2000; ++i) {
+        text.SetCaption("Key " + std::to_string(i));
+        EXPECT_EQ(text.Caption(), "Key " + std::to_string(i));
+        if (i % 100 == 0) {
+            PumpFor(5);
+        }
+    }
+    PumpFor(300);
+
+    EXPECT_EQ(WindowTextOf(label), "Key 2000");
+    EXPECT_EQ(text.Caption(), "Key 2000");
+    EXPECT_LT(g_texts_shown, 100);
+    RemoveWindowSubclass(label, CountTexts, 1);
+}
+
+TEST_F(ViewControlsTest, AFirstTextAfterAQuietSpellIsShownAtOnce) {
+    const HWND label = Child(L"STATIC", SS_LEFT);
+    ThrottledText text;
+    text.Attach(label);
+    text.SetCaption("first");
+    EXPECT_EQ(WindowTextOf(label), "first");
+    PumpFor(150);
+    text.SetCaption("after a pause");
+    EXPECT_EQ(WindowTextOf(label), "after a pause");
+}
+
+TEST_F(ViewControlsTest, ColumnsGrowToTheWidestTextAndRowsKeepTheirTexts) {
+    const HWND list = Child(WC_LISTVIEWW, LVS_REPORT);
+    ListView_SetExtendedListViewStyle(list, LVS_EX_CHECKBOXES);
+    CheckListControl results;
+    results.Attach(list, nullptr);
+    for (const char* caption : {"Status", "Root", "Key", "Value"}) {
+        results.AddColumn({caption, "", ""});
+    }
+    const std::string longest = "HKEY_LOCAL_MACHINE\\SOFTWARE\\A rather long key name \\ value";
+    for (const std::string& key : {std::string("short"), longest, std::string("medium key")}) {
+        results.AddRow({"Invalid Entry", "HKEY_CURRENT_USER", key, "C:\\gone.exe"});
+        for (int column = 1; column < results.ColumnCount(); ++column) {
+            results.AutoSizeColumn(column);
+        }
+    }
+
+    const std::wstring wide = text::ToWide(longest);
+    const int needed = static_cast<int>(
+        SendMessageW(list, LVM_GETSTRINGWIDTHW, 0, reinterpret_cast<LPARAM>(wide.c_str())));
+    EXPECT_GE(ListView_GetColumnWidth(list, 2), needed);
+    EXPECT_LT(ListView_GetColumnWidth(list, 2), needed + 40);
+    ASSERT_EQ(results.RowCount(), 3);
+    EXPECT_EQ(results.Text(1, 2), longest);
+    EXPECT_EQ(results.Text(2, 3), "C:\\gone.exe");
+
+    results.Clear();
+    EXPECT_EQ(results.RowCount(), 0);
+}
+
+}  // namespace
+}  // namespace regvex::ui
