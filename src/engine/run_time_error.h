@@ -11,6 +11,8 @@ namespace regvex {
 
 inline constexpr int kErrorOutOfMemory = 7;
 inline constexpr int kErrorAccessDenied = 5;
+// The same number, as the failure of a text operation given an impossible length.
+inline constexpr int kErrorInvalidProcedureCall = 5;
 inline constexpr int kErrorObjectDoesNotSupport = 438;
 
 class RunTimeError : public std::runtime_error {

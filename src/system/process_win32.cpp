@@ -33,4 +33,31 @@ std::uint32_t Win32ProcessLauncher::RunAndWait(const std::string& command_line) 
     return exit_code;
 }
 
+bool Win32ProcessLauncher::Start(const std::string& command_line) {
+    std::wstring writable = text::ToWide(command_line);
+    STARTUPINFOW startup{};
+    startup.cb = sizeof(startup);
+    startup.dwFlags = STARTF_USESHOWWINDOW;
+    startup.wShowWindow = SW_SHOWNORMAL;
+    PROCESS_INFORMATION info{};
+    if (!CreateProcessW(nullptr, writable.data(), nullptr, nullptr, FALSE, NORMAL_PRIORITY_CLASS,
+                        nullptr, nullptr, &startup, &info)) {
+        return false;
+    }
+    // Nobody waits for it: the handles go at once.
+    const UniqueHandle process(info.hProcess);
+    const UniqueHandle thread(info.hThread);
+    return true;
+}
+
+std::uintptr_t Win32FileSystemRedirection::Disable() {
+    void* old_value = nullptr;
+    Wow64DisableWow64FsRedirection(&old_value);
+    return reinterpret_cast<std::uintptr_t>(old_value);
+}
+
+void Win32FileSystemRedirection::Revert(std::uintptr_t old_value) {
+    Wow64RevertWow64FsRedirection(reinterpret_cast<void*>(old_value));
+}
+
 }  // namespace regvex

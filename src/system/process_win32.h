@@ -8,6 +8,13 @@ namespace regvex {
 class Win32ProcessLauncher final : public ProcessLauncher {
   public:
     std::uint32_t RunAndWait(const std::string& command_line) override;
+    bool Start(const std::string& command_line) override;
+};
+
+class Win32FileSystemRedirection final : public FileSystemRedirection {
+  public:
+    std::uintptr_t Disable() override;
+    void Revert(std::uintptr_t old_value) override;
 };
 
 }  // namespace regvex

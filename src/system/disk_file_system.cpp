@@ -1,0 +1,58 @@
+#include <filesystem>
+#include <fstream>
+
+#include "system/file_system.h"
+#include "text/utf8_path.h"
+
+namespace regvex {
+
+namespace fs = std::filesystem;
+
+bool DiskFileSystem::Exists(const std::string& path) {
+    std::error_code error;
+    return fs::exists(text::PathFromUtf8(path), error);
+}
+
+bool DiskFileSystem::CreateFolder(const std::string& path) {
+    std::error_code error;
+    return fs::create_directory(text::PathFromUtf8(path), error) && !error;
+}
+
+std::vector<std::string> DiskFileSystem::FileNames(const std::string& folder) {
+    std::vector<std::string> names;
+    std::error_code error;
+    for (fs::directory_iterator it(text::PathFromUtf8(folder), error), end; !error && it != end;
+         it.increment(error)) {
+        std::error_code kind_error;
+        if (it->is_regular_file(kind_error)) {
+            names.push_back(text::Utf8FromPath(it->path().filename()));
+        }
+    }
+    return names;
+}
+
+std::optional<std::uint64_t> DiskFileSystem::FileSize(const std::string& path) {
+    std::ifstream file(text::PathFromUtf8(path), std::ios::binary | std::ios::ate);
+    if (!file) {
+        return std::nullopt;
+    }
+    const std::streamoff size = file.tellg();
+    if (size < 0) {
+        return std::nullopt;
+    }
+    return static_cast<std::uint64_t>(size);
+}
+
+bool DiskFileSystem::WriteFile(const std::string& path, std::string_view bytes) {
+    std::ofstream file(text::PathFromUtf8(path), std::ios::binary | std::ios::trunc);
+    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    file.close();
+    return static_cast<bool>(file);
+}
+
+bool DiskFileSystem::RemoveFile(const std::string& path) {
+    std::error_code error;
+    return fs::remove(text::PathFromUtf8(path), error) && !error;
+}
+
+}  // namespace regvex

@@ -1,0 +1,11 @@
+#pragma once
+// The folder that holds the running program file, without a trailing backslash: the
+// backups, the ignore list and the help lie there.
+
+#include <string>
+
+namespace regvex {
+
+std::string ProgramFolderOfThisProcess();
+
+}  // namespace regvex
