@@ -116,9 +116,16 @@ void frmMain::TaskPane_ItemClick(std::string_view key) {
         mnuCheckAll_Click();
     } else if (key == "UNCHECK") {
         mnuUncheckAll_Click();
+    } else if (key == "DELETE") {
+        mnuFix_Click();
     } else if (key == "ABOUT") {
         s_.view.ShowAbout();
     } else if (key == "RESTORE") {
+        try {
+            LoadBackupList();
+        } catch (const std::exception& error) {
+            ReportRunTimeError(error);
+        }
         s_.view.BringToFront(MainView::Panel::kBackups);
     } else if (key == "IGNORE") {
         if (state_.bScanning) {

@@ -13,7 +13,10 @@
 #include "engine/reg_search.h"
 #include "engine/registry.h"
 #include "ignore/ignore_window.h"
+#include "system/file_system.h"
+#include "system/process.h"
 #include "system/system_version.h"
+#include "text/ansi_code_page.h"
 #include "ui/controls.h"
 #include "ui/program_state.h"
 #include "ui/services.h"
@@ -50,6 +53,11 @@ struct TaskGroupSpec {
     std::vector<TaskItemSpec> items;
 };
 
+// The key the Registry Editor is to show for a finding: "Computer\" (or "My Computer\"
+// before Windows Vista), the root and the subkey without its value name.
+std::string RegeditLastKey(std::uint32_t major_version, std::string_view root_key,
+                           std::string_view sub_key);
+
 // The task pane's groups and items, in order.
 std::vector<TaskGroupSpec> TaskPaneGroups();
 
@@ -72,15 +80,6 @@ class MainView {
     virtual void Close() = 0;
 };
 
-// The file-system redirection of 32-bit programs on 64-bit Windows.
-class FileSystemRedirection {
-  public:
-    virtual ~FileSystemRedirection() = default;
-    // Switches it off for this thread and answers the old value to give back.
-    virtual std::uintptr_t Disable() = 0;
-    virtual void Revert(std::uintptr_t old_value) = 0;
-};
-
 struct MainServices {
     MessageDialogs& dialogs;
     Clock& clock;
@@ -91,6 +90,11 @@ struct MainServices {
     Registry& registry;
     FileExistence& files;
     FileSystemRedirection& redirection;
+    // The backups beside the program, the system programs that restore and show them,
+    // and the code page the backups are written in.
+    FileSystem& disk;
+    ProcessLauncher& processes;
+    const text::AnsiCodePage& code_page;
     IgnoreWindow& ignore;
     MainView& view;
 };
@@ -123,6 +127,15 @@ class frmMain final : private SearchHost, private SearchEvents {
     void mnuStartStop_Click();
     void lblCurrentKey_Change() {}
 
+    // Repair and backups (frm_main_backups.cpp) and the Registry Editor (frm_main_regedit.cpp).
+    void mnuFix_Click();
+    void CreateRegistryBackup();
+    void LoadBackupList();
+    void Command1_Click();
+    void Command2_Click();
+    void View_Backup_Click();
+    void Regedit_View_Click();
+
     bool LayoutReady() const { return layout_ready_; }
     bool SafeScan() const { return bSafeScan_; }
 
@@ -152,6 +165,9 @@ class frmMain final : private SearchHost, private SearchEvents {
     void AutoSizeListColumns(CheckListView& list);
     void ShowHelp();
     int Message(std::string_view prompt, int style, std::string_view title);
+    // What a failing command shows instead of ending the program.
+    void ReportRunTimeError(const std::exception& error);
+    bool EnsureBackupsFolder();
 
     MainControls c_;
     MainServices s_;

@@ -2,6 +2,7 @@
 
 #include <shellapi.h>
 
+#include "system/general_date.h"
 #include "text/wide_text_win32.h"
 
 namespace regvex::ui {
@@ -11,6 +12,10 @@ float Win32Clock::SecondsSinceMidnight() {
     GetLocalTime(&now);
     return static_cast<float>(now.wHour * 3600 + now.wMinute * 60 + now.wSecond) +
            static_cast<float>(now.wMilliseconds) / 1000.0f;
+}
+
+std::string Win32Clock::GeneralDateText() {
+    return GeneralDateTextNow();
 }
 
 void Win32MessagePump::Handle(MSG& message) {
@@ -63,16 +68,6 @@ ScreenMetrics Win32Screen::Metrics() {
     metrics.width_pixels = GetSystemMetrics(SM_CXSCREEN);
     metrics.height_pixels = GetSystemMetrics(SM_CYSCREEN);
     return metrics;
-}
-
-std::uintptr_t Win32Redirection::Disable() {
-    void* old_value = nullptr;
-    Wow64DisableWow64FsRedirection(&old_value);
-    return reinterpret_cast<std::uintptr_t>(old_value);
-}
-
-void Win32Redirection::Revert(std::uintptr_t old_value) {
-    Wow64RevertWow64FsRedirection(reinterpret_cast<void*>(old_value));
 }
 
 }  // namespace regvex::ui

@@ -15,6 +15,7 @@ namespace regvex::ui {
 class Win32Clock final : public Clock {
   public:
     float SecondsSinceMidnight() override;
+    std::string GeneralDateText() override;
 };
 
 class Win32MessagePump final : public MessagePump {
@@ -52,12 +53,6 @@ class Win32Shell final : public Shell {
 class Win32Screen final : public Screen {
   public:
     ScreenMetrics Metrics() override;
-};
-
-class Win32Redirection final : public FileSystemRedirection {
-  public:
-    std::uintptr_t Disable() override;
-    void Revert(std::uintptr_t old_value) override;
 };
 
 }  // namespace regvex::ui

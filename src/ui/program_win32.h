@@ -9,6 +9,7 @@
 #include "engine/file_existence_win32.h"
 #include "engine/win32_registry_win32.h"
 #include "ignore/frm_ignore_win32.h"
+#include "system/process_win32.h"
 #include "system/system_info_win32.h"
 #include "text/ansi_code_page_win32.h"
 #include "ui/dialogs/message_dialogs_win32.h"
@@ -49,7 +50,9 @@ class Program {
     Win32Screen screen_;
     Win32Registry registry_;
     Win32FileExistence existence_;
-    Win32Redirection redirection_;
+    Win32FileSystemRedirection redirection_;
+    DiskFileSystem disk_;
+    Win32ProcessLauncher processes_;
     std::unique_ptr<MainWindow> main_window_;
 };
 

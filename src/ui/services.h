@@ -64,6 +64,8 @@ class Clock {
     virtual ~Clock() = default;
     // Seconds since midnight, local time, in single precision as the program keeps it.
     virtual float SecondsSinceMidnight() = 0;
+    // Now, in the user's general date form ("6/3/2013 4:05:06 PM").
+    virtual std::string GeneralDateText() = 0;
 };
 
 class MessagePump {

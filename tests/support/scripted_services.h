@@ -53,7 +53,9 @@ class ScriptedDialogs final : public ui::MessageDialogs {
 class ScriptedClock final : public ui::Clock {
   public:
     float SecondsSinceMidnight() override { return now; }
+    std::string GeneralDateText() override { return date_text; }
     float now = 12 * 3600.0f;
+    std::string date_text = "6/3/2013 4:05:06 PM";
 };
 
 class MemoryTextFiles final : public ui::TextFiles {

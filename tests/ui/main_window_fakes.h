@@ -12,6 +12,7 @@
 #include "ignore/ignore_window.h"
 #include "support/memory_controls.h"
 #include "support/scripted_services.h"
+#include "support/system_doubles.h"
 #include "ui/frm_main.h"
 
 namespace regvex::testing {
@@ -63,7 +64,7 @@ class SetOfFiles final : public FileExistence {
     std::set<std::string> present;
 };
 
-class RecordingRedirection final : public ui::FileSystemRedirection {
+class RecordingRedirection final : public FileSystemRedirection {
   public:
     std::uintptr_t Disable() override {
         calls.push_back("disable");
@@ -153,6 +154,9 @@ struct MainWindowRig {
     MemoryRegistry registry;
     SetOfFiles files;
     RecordingRedirection redirection;
+    MemoryFileSystem disk;
+    RecordingProcesses processes;
+    text::Windows1252CodePage code_page;
     FakeIgnoreWindow ignore;
     RecordingView view;
     ui::ProgramState state;
@@ -161,7 +165,7 @@ struct MainWindowRig {
         ui::MainControls{form, frame1, frame2, option1, option2, drive, start_stop, status,
                          current_key, errors, backups, progress, label21, menu_start_stop},
         ui::MainServices{dialogs, clock, pump, shell, screen, system, registry, files, redirection,
-                         ignore, view},
+                         disk, processes, code_page, ignore, view},
         state};
 
     std::vector<std::vector<std::string>> Rows() const {
