@@ -6,7 +6,7 @@ set -euo pipefail
 repo=$(cd "$(dirname "$0")/.." && pwd)
 cd "$repo"
 bench=build/linux-release/bench/regvex_scan_bench
-cli=build/windows/src/regvexlor-cli.exe
+cli=build/windows/program/regvexlor-cli.exe
 gui=build/windows/bench/regvex_gui_scan_bench.exe
 runs=3
 

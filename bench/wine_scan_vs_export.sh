@@ -10,7 +10,7 @@ set -euo pipefail
 
 repo=$(cd "$(dirname "$0")/.." && pwd)
 bench="$repo/build/linux-release/bench/regvex_scan_bench"
-cli="$repo/build/windows/src/regvexlor-cli.exe"
+cli="$repo/build/windows/program/regvexlor-cli.exe"
 keys=20000
 values=100000
 seed=1

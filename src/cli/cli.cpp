@@ -1,5 +1,6 @@
 #include "cli/cli.h"
 
+#include "cli/repair_commands.h"
 #include "cli/scan_command.h"
 
 namespace regvex::cli {
@@ -9,6 +10,8 @@ namespace {
 constexpr const char* kUsage =
     "usage: regvexlor-cli scan --drive C: [--registry FILE.reg]... [--map C:=DIR]...\n"
     "                          [--ignore FILE]\n"
+    "       regvexlor-cli fix --drive C: [--only TEXT] [--ignore FILE] [--map C:=DIR]...\n"
+    "       regvexlor-cli backups [restore N | delete N]\n"
     "\n"
     "  scan   lists registry values that name a missing file on the drive, one line each:\n"
     "         status, root key, subkey and value name, value (tab-separated)\n"
@@ -18,7 +21,18 @@ constexpr const char* kUsage =
     "                        (repeatable: the files are read into one registry)\n"
     "  --map C:=DIR          answer the existence test for drive C: from folder DIR\n"
     "  --ignore FILE         leave out findings whose file path or subkey contains an\n"
-    "                        entry of this ignore list (the program's Ignore.txt)\n";
+    "                        entry of this ignore list (the program's Ignore.txt)\n"
+    "\n"
+    "  fix    scans the live registry as scan does, writes the findings to a backup in\n"
+    "         RegBackups beside the program, then deletes them from the registry\n"
+    "  --only TEXT           fix only findings whose subkey or value contains TEXT\n"
+    "                        (case-insensitive)\n"
+    "\n"
+    "  backups               lists the backups: number, date, size, file\n"
+    "  backups restore N     imports backup N with the Registry Editor\n"
+    "  backups delete N      deletes backup N\n"
+    "\n"
+    "  fix and backups need the live registry of Windows or Wine.\n";
 
 }  // namespace
 
@@ -41,6 +55,12 @@ int RunCli(const std::vector<std::string>& args, std::ostream& out, std::ostream
             return kExitUsage;
         }
         return RunScan(options, out, err, platform);
+    }
+    if (command == "fix") {
+        return RunFix({args.begin() + 1, args.end()}, out, err, platform);
+    }
+    if (command == "backups") {
+        return RunBackups({args.begin() + 1, args.end()}, out, err, platform);
     }
     err << "regvexlor-cli: unknown command \"" << command << "\"\n" << kUsage;
     return kExitUsage;

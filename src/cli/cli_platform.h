@@ -8,9 +8,24 @@
 
 #include "engine/path_exists.h"
 #include "engine/registry.h"
+#include "system/file_system.h"
+#include "system/process.h"
 #include "text/ansi_code_page.h"
 
 namespace regvex::cli {
+
+// What backing up, deleting and restoring need beyond the registry: the program's folder
+// (the backups lie beside it), the system's programs and the date for backup names.
+class RepairPlatform {
+  public:
+    virtual ~RepairPlatform() = default;
+    virtual std::string ProgramFolder() = 0;
+    virtual FileSystem& Disk() = 0;
+    virtual ProcessLauncher& Processes() = 0;
+    virtual FileSystemRedirection& Redirection() = 0;
+    virtual bool Is64BitWindows() = 0;
+    virtual std::string GeneralDateText() = 0;
+};
 
 class CliPlatform {
   public:
@@ -21,6 +36,9 @@ class CliPlatform {
     virtual std::unique_ptr<FileExistence> SystemFiles() = 0;
     virtual const text::AnsiCodePage& AnsiCodePage() = 0;
     virtual AccessMask KeyAccessMask() = 0;
+    // Repair works on a live registry that can be written; null with the reason where
+    // there is none.
+    virtual RepairPlatform* Repair(std::string& why_not) = 0;
     virtual bool StdoutIsTerminal() = 0;
     virtual bool StderrIsTerminal() = 0;
 };

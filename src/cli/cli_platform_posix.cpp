@@ -18,6 +18,13 @@ class PosixPlatform final : public CliPlatform {
     const text::AnsiCodePage& AnsiCodePage() override { return code_page_; }
     // No 64-bit registry view to ask for: the files are the whole registry.
     AccessMask KeyAccessMask() override { return reg::kKeyAllAccess; }
+    RepairPlatform* Repair(std::string& why_not) override {
+        why_not =
+            "fixing and restoring change a live registry, and Linux has none; they wait for a "
+            "writable offline registry backend. Run the Windows build (regvexlor-cli.exe) under "
+            "Windows or Wine.";
+        return nullptr;
+    }
     bool StdoutIsTerminal() override { return isatty(STDOUT_FILENO) != 0; }
     bool StderrIsTerminal() override { return isatty(STDERR_FILENO) != 0; }
 

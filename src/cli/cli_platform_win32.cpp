@@ -8,6 +8,9 @@
 #include "cli/cli_platform.h"
 #include "engine/file_existence_win32.h"
 #include "engine/win32_registry_win32.h"
+#include "system/general_date.h"
+#include "system/process_win32.h"
+#include "system/program_folder_win32.h"
 #include "system/system_info_win32.h"
 #include "system/system_version.h"
 #include "text/ansi_code_page_win32.h"
@@ -16,6 +19,24 @@
 namespace regvex::cli {
 
 namespace {
+
+class Win32Repair final : public RepairPlatform {
+  public:
+    std::string ProgramFolder() override { return ProgramFolderOfThisProcess(); }
+    FileSystem& Disk() override { return disk_; }
+    ProcessLauncher& Processes() override { return processes_; }
+    FileSystemRedirection& Redirection() override { return redirection_; }
+    bool Is64BitWindows() override {
+        Win32SystemInfo system;
+        return regvex::Is64BitWindows(system);
+    }
+    std::string GeneralDateText() override { return GeneralDateTextNow(); }
+
+  private:
+    DiskFileSystem disk_;
+    Win32ProcessLauncher processes_;
+    Win32FileSystemRedirection redirection_;
+};
 
 class Win32Platform final : public CliPlatform {
   public:
@@ -30,11 +51,13 @@ class Win32Platform final : public CliPlatform {
         Win32SystemInfo system;
         return KeyMasksFor(Is64BitWindows(system)).KeyAccessMask;
     }
+    RepairPlatform* Repair(std::string&) override { return &repair_; }
     bool StdoutIsTerminal() override { return _isatty(_fileno(stdout)) != 0; }
     bool StderrIsTerminal() override { return _isatty(_fileno(stderr)) != 0; }
 
   private:
     text::SystemAnsiCodePage code_page_;
+    Win32Repair repair_;
 };
 
 struct LocalFreeDeleter {

@@ -6,6 +6,7 @@
 #include <iterator>
 #include <memory>
 
+#include "backup/backup_file.h"
 #include "backup/reg_file_reader.h"
 #include "cli/cli.h"
 #include "cli/progress_line.h"
@@ -75,22 +76,29 @@ class CliSearchHost final : public SearchHost {
 class CliScanEvents final : public SearchEvents {
   public:
     // `interactive`: the findings and the progress line share one terminal.
-    CliScanEvents(const FindingRules& rules, std::ostream& out, ProgressLine& progress,
-                  bool interactive)
-        : rules_(rules), out_(out), progress_(progress), interactive_(interactive) {}
+    // Findings are printed to `out` when there is one, and kept in `kept` when there is
+    // one.
+    CliScanEvents(const FindingRules& rules, std::ostream* out,
+                  std::vector<backup::BackupRow>* kept, ProgressLine& progress, bool interactive)
+        : rules_(rules), out_(out), kept_(kept), progress_(progress), interactive_(interactive) {}
 
     void SearchFound(std::string_view sRootKey, std::string_view sKey, std::string_view sValue,
                      std::int32_t lFound) override {
         if (!IsListedFinding(rules_, sKey, sValue)) {
             return;
         }
-        if (interactive_) {
-            progress_.Clear();
+        if (out_ != nullptr) {
+            if (interactive_) {
+                progress_.Clear();
+            }
+            *out_ << FindingStatus(lFound) << '\t' << sRootKey << '\t' << OneLineField(sKey) << '\t'
+                  << OneLineField(sValue) << '\n';
+            if (interactive_) {
+                out_->flush();
+            }
         }
-        out_ << FindingStatus(lFound) << '\t' << sRootKey << '\t' << OneLineField(sKey) << '\t'
-             << OneLineField(sValue) << '\n';
-        if (interactive_) {
-            out_.flush();
+        if (kept_ != nullptr) {
+            kept_->push_back({std::string(sRootKey), std::string(sKey), std::string(sValue)});
         }
         ++count_;
         progress_.FindingListed();
@@ -102,7 +110,8 @@ class CliScanEvents final : public SearchEvents {
 
   private:
     const FindingRules& rules_;
-    std::ostream& out_;
+    std::ostream* out_;
+    std::vector<backup::BackupRow>* kept_;
     ProgressLine& progress_;
     bool interactive_;
     std::size_t count_ = 0;
@@ -250,12 +259,10 @@ bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options
     return true;
 }
 
-int RunScan(const ScanOptions& options, std::ostream& out, std::ostream& err,
-            CliPlatform& platform) {
-    auto registry = LoadRegistry(options, err, platform);
-    if (!registry) {
-        return kExitUsage;
-    }
+namespace {
+
+int Search(const ScanOptions& options, Registry& registry, std::ostream* out,
+           std::vector<backup::BackupRow>* kept, std::ostream& err, CliPlatform& platform) {
     auto files = ChooseFiles(options, err, platform);
     if (!files) {
         return kExitUsage;
@@ -271,14 +278,16 @@ int RunScan(const ScanOptions& options, std::ostream& out, std::ostream& err,
     const bool progress_shown = platform.StderrIsTerminal();
     ProgressLine progress(err, progress_shown);
     CliSearchHost host(progress);
-    CliScanEvents events(rules, out, progress, progress_shown && platform.StdoutIsTerminal());
-    cRegSearch search(*registry, host, events, platform.KeyAccessMask());
+    CliScanEvents events(rules, out, kept, progress, progress_shown && platform.StdoutIsTerminal());
+    cRegSearch search(registry, host, events, platform.KeyAccessMask());
     search.RootKey(kHkeyAll);
     search.SubKey("");
     search.SearchFlags(search_flags::kValueNames | search_flags::kValueData);
     search.SearchString(options.scan_drive);
     search.DoSearch();
-    out.flush();
+    if (out != nullptr) {
+        out->flush();
+    }
 
     progress.Clear();
     err << events.count() << " errors found\n";
@@ -287,6 +296,22 @@ int RunScan(const ScanOptions& options, std::ostream& out, std::ostream& err,
         return kExitScanFailed;
     }
     return kExitOk;
+}
+
+}  // namespace
+
+int RunScan(const ScanOptions& options, std::ostream& out, std::ostream& err,
+            CliPlatform& platform) {
+    auto registry = LoadRegistry(options, err, platform);
+    if (!registry) {
+        return kExitUsage;
+    }
+    return Search(options, *registry, &out, nullptr, err, platform);
+}
+
+int ScanInto(const ScanOptions& options, Registry& registry, std::ostream& err,
+             CliPlatform& platform, std::vector<backup::BackupRow>& findings) {
+    return Search(options, registry, nullptr, &findings, err, platform);
 }
 
 }  // namespace regvex::cli

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "backup/backup_file.h"
 #include "cli/cli_platform.h"
 
 namespace regvex::cli {
@@ -23,5 +24,10 @@ bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options
 
 int RunScan(const ScanOptions& options, std::ostream& out, std::ostream& err,
             CliPlatform& platform);
+
+// The same scan of `registry` (the options' registry files are not read), keeping the
+// findings as rows of a backup instead of printing them. Answers the exit code.
+int ScanInto(const ScanOptions& options, Registry& registry, std::ostream& err,
+             CliPlatform& platform, std::vector<backup::BackupRow>& findings);
 
 }  // namespace regvex::cli

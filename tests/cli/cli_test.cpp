@@ -33,6 +33,10 @@ class FakePlatform final : public CliPlatform {
     std::unique_ptr<FileExistence> SystemFiles() override { return nullptr; }
     const text::AnsiCodePage& AnsiCodePage() override { return code_page_; }
     AccessMask KeyAccessMask() override { return reg::kKeyAllAccess; }
+    RepairPlatform* Repair(std::string& why_not) override {
+        why_not = "no live registry to repair here";
+        return nullptr;
+    }
     bool StdoutIsTerminal() override { return false; }
     bool StderrIsTerminal() override { return false; }
 
@@ -226,6 +230,15 @@ TEST(Cli, AnIgnoreListThatCannotBeReadIsAnErrorAndIsNotCreated) {
         EXPECT_EQ(run.out, "") << c.message;
     }
     EXPECT_FALSE(std::filesystem::exists(missing));
+}
+
+TEST(Cli, RepairWithoutALiveRegistrySaysWhy) {
+    for (const auto& args :
+         {std::vector<std::string>{"fix", "--drive", "C:"}, std::vector<std::string>{"backups"}}) {
+        const CliRun run = RunWith(args);
+        EXPECT_EQ(run.exit_code, kExitUsage);
+        EXPECT_EQ(run.err, "regvexlor-cli: no live registry to repair here\n");
+    }
 }
 
 TEST(Cli, HelpGoesToStandardOutput) {

@@ -1,0 +1,200 @@
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "backup/backup_file.h"
+#include "backup/reg_file_reader.h"
+#include "cli/cli.h"
+#include "engine/memory_registry.h"
+#include "support/system_doubles.h"
+
+namespace regvex::cli {
+namespace {
+
+const std::string kFixtures = std::string(REGVEX_FIXTURES_DIR) + "/cli";
+constexpr const char* kFolder = "C:\\Vexlor";
+constexpr const char* kBackups = "C:\\Vexlor\\RegBackups";
+
+// The live registry of the platform below is one memory registry that outlives each run.
+class BorrowedRegistry final : public Registry {
+  public:
+    explicit BorrowedRegistry(Registry& registry) : r_(registry) {}
+    RegStatus OpenKey(RootKeyHandle root, std::string_view path, AccessMask access,
+                      KeyHandle& key) override {
+        return r_.OpenKey(root, path, access, key);
+    }
+    RegStatus CreateKey(RootKeyHandle root, std::string_view path, AccessMask access,
+                        KeyHandle& key) override {
+        return r_.CreateKey(root, path, access, key);
+    }
+    RegStatus CloseKey(KeyHandle key) override { return r_.CloseKey(key); }
+    RegStatus EnumKey(KeyHandle key, std::uint32_t index, std::string& name) override {
+        return r_.EnumKey(key, index, name);
+    }
+    RegStatus EnumValue(KeyHandle key, std::uint32_t index, ValueSlot& value) override {
+        return r_.EnumValue(key, index, value);
+    }
+    RegStatus QueryValue(KeyHandle key, std::string_view name, std::uint32_t& type,
+                         std::vector<std::uint8_t>& data) override {
+        return r_.QueryValue(key, name, type, data);
+    }
+    RegStatus SetValue(KeyHandle key, std::string_view name, std::uint32_t type,
+                       std::span<const std::uint8_t> data) override {
+        return r_.SetValue(key, name, type, data);
+    }
+    RegStatus DeleteValue(KeyHandle key, std::string_view name) override {
+        return r_.DeleteValue(key, name);
+    }
+
+  private:
+    Registry& r_;
+};
+
+class LivePlatform final : public CliPlatform, public RepairPlatform {
+  public:
+    LivePlatform() {
+        const auto error = ImportRegFile(kFixtures + "/scan_examples.reg", registry, code_page_);
+        if (error) {
+            throw std::runtime_error(error->message);
+        }
+        disk.folders.insert(kFolder);
+    }
+    std::unique_ptr<Registry> OpenLiveRegistry(std::string&) override {
+        return std::make_unique<BorrowedRegistry>(registry);
+    }
+    std::unique_ptr<FileExistence> SystemFiles() override { return nullptr; }
+    const text::AnsiCodePage& AnsiCodePage() override { return code_page_; }
+    AccessMask KeyAccessMask() override { return reg::kKeyAllAccess; }
+    RepairPlatform* Repair(std::string&) override { return this; }
+    bool StdoutIsTerminal() override { return false; }
+    bool StderrIsTerminal() override { return false; }
+
+    std::string ProgramFolder() override { return kFolder; }
+    FileSystem& Disk() override { return disk; }
+    ProcessLauncher& Processes() override { return processes; }
+    FileSystemRedirection& Redirection() override { return redirection; }
+    bool Is64BitWindows() override { return false; }
+    std::string GeneralDateText() override { return "6/3/2013 4:05:06 PM"; }
+
+    struct Run {
+        int exit_code;
+        std::string out;
+        std::string err;
+    };
+    Run Cli(const std::vector<std::string>& args) {
+        std::ostringstream out;
+        std::ostringstream err;
+        const int exit_code = RunCli(args, out, err, *this);
+        return {exit_code, out.str(), err.str()};
+    }
+    Run Scan() { return Cli({"scan", "--drive", "C:", "--map", "C:=" + kFixtures + "/drive_c"}); }
+
+    MemoryRegistry registry;
+    testing::MemoryFileSystem disk;
+    testing::RecordingProcesses processes;
+
+  private:
+    class NoRedirection final : public FileSystemRedirection {
+      public:
+        std::uintptr_t Disable() override { return 0; }
+        void Revert(std::uintptr_t) override {}
+    } redirection;
+    text::Windows1252CodePage code_page_;
+};
+
+std::size_t LineCount(const std::string& text) {
+    return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+}
+
+TEST(CliFix, BacksUpAndDeletesEveryFindingSoThatARescanFindsNone) {
+    LivePlatform live;
+    const auto before = live.Scan();
+    const auto fix = live.Cli({"fix", "--drive", "C:", "--map", "C:=" + kFixtures + "/drive_c"});
+    ASSERT_EQ(fix.exit_code, kExitOk) << fix.err;
+    EXPECT_EQ(LineCount(fix.out), 12u);
+    EXPECT_EQ(fix.out.substr(0, 8), "Deleted\t");
+    const std::string backup_path = std::string(kBackups) + "\\Backup (6-3-2013 4.05.06 PM).reg";
+    EXPECT_NE(fix.err.find("12 values deleted; backup: " + backup_path), std::string::npos);
+    const std::string& backup = live.disk.files.at(backup_path);
+    EXPECT_EQ(backup.substr(0, 10), "REGEDIT4\r\n");
+    EXPECT_NE(
+        backup.find("[HKEY_CURRENT_USER\\Software\\Vexlor Fixture]\r\n\"Plain\"=\"C:\\\\Program "
+                    "Files\\\\App\\\\app.exe\"\r\n"),
+        std::string::npos);
+    EXPECT_NE(backup.find("@=\"C:\\\\Default\\\\gone.dll\""), std::string::npos);
+    EXPECT_EQ(LineCount(before.out), 12u);
+    EXPECT_EQ(live.Scan().out, "");
+}
+
+TEST(CliFix, OnlyFixesFindingsWhoseSubkeyOrValueHoldsTheText) {
+    LivePlatform live;
+    const auto fix = live.Cli(
+        {"fix", "--drive", "C:", "--map", "C:=" + kFixtures + "/drive_c", "--only", "APP.exe"});
+    ASSERT_EQ(fix.exit_code, kExitOk) << fix.err;
+    EXPECT_EQ(LineCount(fix.out), 3u);
+    EXPECT_EQ(LineCount(live.Scan().out), 9u);
+
+    const auto nothing = live.Cli(
+        {"fix", "--drive", "C:", "--map", "C:=" + kFixtures + "/drive_c", "--only", "no such"});
+    EXPECT_EQ(nothing.exit_code, kExitOk);
+    EXPECT_EQ(nothing.out, "");
+    EXPECT_EQ(live.disk.files.size(), 1u);
+}
+
+TEST(CliFix, ABackupThatCannotBeWrittenDeletesNothing) {
+    LivePlatform live;
+    live.disk.can_create_folders = false;
+    const auto fix = live.Cli({"fix", "--drive", "C:", "--map", "C:=" + kFixtures + "/drive_c"});
+    EXPECT_EQ(fix.exit_code, kExitScanFailed);
+    EXPECT_NE(fix.err.find("Nothing was deleted."), std::string::npos);
+    EXPECT_EQ(LineCount(live.Scan().out), 12u);
+}
+
+TEST(CliBackups, ListsRestoresAndDeletesByCatalogueNumber) {
+    LivePlatform live;
+    live.disk.folders.insert(kBackups);
+    live.disk.files[std::string(kBackups) + "\\Backup (9-30-2013 1.00.00 PM).reg"] = "REGEDIT4\r\n";
+    live.disk.files[std::string(kBackups) + "\\Backup (10-1-2013 1.00.00 PM).reg"] =
+        std::string(1536, 'x');
+    EXPECT_EQ(live.Cli({"backups"}).out,
+              "Backup #1\t10/1/2013 1:00:00 PM\t1.5 KB\tBackup (10-1-2013 1.00.00 PM).reg\n"
+              "Backup #2\t9/30/2013 1:00:00 PM\t10 Bytes\tBackup (9-30-2013 1.00.00 PM).reg\n");
+
+    const auto restore = live.Cli({"backups", "restore", "2"});
+    EXPECT_EQ(restore.exit_code, kExitOk) << restore.err;
+    EXPECT_EQ(live.processes.waited,
+              (std::vector<std::string>{"regedit.exe /s \"C:\\Vexlor\\RegBackups\\Backup "
+                                        "(9-30-2013 1.00.00 PM).reg\""}));
+
+    EXPECT_EQ(live.Cli({"backups", "delete", "1"}).exit_code, kExitOk);
+    EXPECT_EQ(live.disk.files.count(std::string(kBackups) + "\\Backup (10-1-2013 1.00.00 PM).reg"),
+              0u);
+    EXPECT_EQ(live.Cli({"backups"}).out.substr(0, 10), "Backup #1\t");
+}
+
+TEST(CliBackups, BadNumbersAndActionsExplainThemselves) {
+    LivePlatform live;
+    const struct {
+        std::vector<std::string> args;
+        int exit_code;
+        std::string message;
+    } cases[] = {
+        {{"backups", "restore", "1"}, kExitUsage, "there is no Backup #1 (0 backups)"},
+        {{"backups", "restore"}, kExitUsage, "backups takes nothing"},
+        {{"backups", "restore", "x1"}, kExitUsage, "backups takes nothing"},
+        {{"backups", "remove", "1"}, kExitUsage, "backups takes nothing"},
+        {{"backups"}, kExitOk, "There are no backups available at this time."},
+        {{"fix", "--drive", "C:", "--registry", "a.reg"}, kExitUsage, "live registry only"},
+        {{"fix", "--drive", "C:", "--only"}, kExitUsage, "--only needs a text"},
+        {{"fix"}, kExitUsage, "scan needs --drive"},
+    };
+    for (const auto& c : cases) {
+        const auto run = live.Cli(c.args);
+        EXPECT_EQ(run.exit_code, c.exit_code) << c.args.back();
+        EXPECT_NE(run.err.find(c.message), std::string::npos) << run.err;
+    }
+    EXPECT_TRUE(live.processes.waited.empty());
+}
+
+}  // namespace
+}  // namespace regvex::cli
