@@ -89,7 +89,8 @@ bool MainWindow::Create(int show) {
                      menu_start_stop_},
         MainServices{services_.dialogs, services_.clock, services_.pump, services_.shell,
                      services_.screen, services_.system, services_.registry, services_.files,
-                     services_.redirection, services_.ignore, *this},
+                     services_.redirection, services_.disk, services_.processes,
+                     services_.code_page, services_.ignore, *this},
         state_);
     resizer_.Capture(window_);
     form_->Form_Load();
@@ -264,7 +265,15 @@ void MainWindow::FitFirstColumns() {
     backups_.FitColumnTo(0, "Backup #0000");
 }
 
-void MainWindow::ShowAbout() {}
+void MainWindow::ShowAbout() {
+    if (!about_) {
+        about_ = std::make_unique<Win32AboutBox>(Win32AboutBox::Dependencies{
+            services_.dialogs, state_.theme, services_.registry, state_.masks.KeyAccessMask,
+            services_.files, services_.processes, services_.shell,
+            [this] { SetActiveWindow(window_); }});
+    }
+    about_->ShowModal(window_);
+}
 
 void MainWindow::Close() {
     SendMessageW(window_, WM_CLOSE, kUnloadFromCode, 0);
@@ -320,6 +329,25 @@ void MainWindow::OnCommand(int id, int code) {
             break;
         case kMenuAbout:
             form_->mnuAbout_Click();
+            break;
+        case kRestoreButton:
+            if (code == BN_CLICKED) {
+                form_->Command1_Click();
+            }
+            break;
+        case kDeleteButton:
+            if (code == BN_CLICKED) {
+                form_->Command2_Click();
+            }
+            break;
+        case kMenuFix:
+            form_->mnuFix_Click();
+            break;
+        case kMenuRegeditView:
+            form_->Regedit_View_Click();
+            break;
+        case kMenuViewBackup:
+            form_->View_Backup_Click();
             break;
         case kMenuAddToIgnore:
             if (services_.add_value_to_ignore) {

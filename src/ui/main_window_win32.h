@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 
+#include "ui/about/frm_about_win32.h"
 #include "ui/check_list_control_win32.h"
 #include "ui/form_resizer_win32.h"
 #include "ui/frm_main.h"
@@ -28,6 +29,9 @@ struct MainWindowServices {
     Registry& registry;
     FileExistence& files;
     FileSystemRedirection& redirection;
+    FileSystem& disk;
+    ProcessLauncher& processes;
+    const text::AnsiCodePage& code_page;
     IgnoreWindow& ignore;
     // The results' context-menu commands of the ignore list.
     std::function<void()> add_value_to_ignore;
@@ -97,6 +101,7 @@ class MainWindow final : public MainView {
     std::vector<HWND> scan_panel_, backups_panel_;
 
     std::unique_ptr<frmMain> form_;
+    std::unique_ptr<Win32AboutBox> about_;
 };
 
 }  // namespace regvex::ui
