@@ -6,6 +6,7 @@
 #include "backup/reg_file_reader.h"
 #include "cli/cli.h"
 #include "engine/memory_registry.h"
+#include "support/forwarding_registry.h"
 #include "support/system_doubles.h"
 
 namespace regvex::cli {
@@ -14,41 +15,6 @@ namespace {
 const std::string kFixtures = std::string(REGVEX_FIXTURES_DIR) + "/cli";
 constexpr const char* kFolder = "C:\\Vexlor";
 constexpr const char* kBackups = "C:\\Vexlor\\RegBackups";
-
-// The live registry of the platform below is one memory registry that outlives each run.
-class BorrowedRegistry final : public Registry {
-  public:
-    explicit BorrowedRegistry(Registry& registry) : r_(registry) {}
-    RegStatus OpenKey(RootKeyHandle root, std::string_view path, AccessMask access,
-                      KeyHandle& key) override {
-        return r_.OpenKey(root, path, access, key);
-    }
-    RegStatus CreateKey(RootKeyHandle root, std::string_view path, AccessMask access,
-                        KeyHandle& key) override {
-        return r_.CreateKey(root, path, access, key);
-    }
-    RegStatus CloseKey(KeyHandle key) override { return r_.CloseKey(key); }
-    RegStatus EnumKey(KeyHandle key, std::uint32_t index, std::string& name) override {
-        return r_.EnumKey(key, index, name);
-    }
-    RegStatus EnumValue(KeyHandle key, std::uint32_t index, ValueSlot& value) override {
-        return r_.EnumValue(key, index, value);
-    }
-    RegStatus QueryValue(KeyHandle key, std::string_view name, std::uint32_t& type,
-                         std::vector<std::uint8_t>& data) override {
-        return r_.QueryValue(key, name, type, data);
-    }
-    RegStatus SetValue(KeyHandle key, std::string_view name, std::uint32_t type,
-                       std::span<const std::uint8_t> data) override {
-        return r_.SetValue(key, name, type, data);
-    }
-    RegStatus DeleteValue(KeyHandle key, std::string_view name) override {
-        return r_.DeleteValue(key, name);
-    }
-
-  private:
-    Registry& r_;
-};
 
 class LivePlatform final : public CliPlatform, public RepairPlatform {
   public:
@@ -60,7 +26,7 @@ class LivePlatform final : public CliPlatform, public RepairPlatform {
         disk.folders.insert(kFolder);
     }
     std::unique_ptr<Registry> OpenLiveRegistry(std::string&) override {
-        return std::make_unique<BorrowedRegistry>(registry);
+        return std::make_unique<testing::ForwardingRegistry>(registry);
     }
     std::unique_ptr<FileExistence> SystemFiles() override { return nullptr; }
     const text::AnsiCodePage& AnsiCodePage() override { return code_page_; }

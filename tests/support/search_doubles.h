@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "engine/reg_search.h"
+#include "support/forwarding_registry.h"
 
 namespace regvex::testing {
 
@@ -67,48 +68,25 @@ class RecordingEvents final : public SearchEvents {
 };
 
 // Passes every call to a real registry, except that the chosen enumeration throws.
-class FaultyRegistry final : public Registry {
+class FaultyRegistry final : public ForwardingRegistry {
   public:
-    explicit FaultyRegistry(Registry& inner) : inner_(inner) {}
+    using ForwardingRegistry::ForwardingRegistry;
 
     std::function<void(std::uint32_t index)> on_enum_key;
     std::function<void(std::uint32_t index)> on_enum_value;
 
-    RegStatus OpenKey(RootKeyHandle root, std::string_view path, AccessMask access,
-                      KeyHandle& key) override {
-        return inner_.OpenKey(root, path, access, key);
-    }
-    RegStatus CreateKey(RootKeyHandle root, std::string_view path, AccessMask access,
-                        KeyHandle& key) override {
-        return inner_.CreateKey(root, path, access, key);
-    }
-    RegStatus CloseKey(KeyHandle key) override { return inner_.CloseKey(key); }
     RegStatus EnumKey(KeyHandle key, std::uint32_t index, std::string& name) override {
         if (on_enum_key) {
             on_enum_key(index);
         }
-        return inner_.EnumKey(key, index, name);
+        return ForwardingRegistry::EnumKey(key, index, name);
     }
     RegStatus EnumValue(KeyHandle key, std::uint32_t index, ValueSlot& value) override {
         if (on_enum_value) {
             on_enum_value(index);
         }
-        return inner_.EnumValue(key, index, value);
+        return ForwardingRegistry::EnumValue(key, index, value);
     }
-    RegStatus QueryValue(KeyHandle key, std::string_view name, std::uint32_t& type,
-                         std::vector<std::uint8_t>& data) override {
-        return inner_.QueryValue(key, name, type, data);
-    }
-    RegStatus SetValue(KeyHandle key, std::string_view name, std::uint32_t type,
-                       std::span<const std::uint8_t> data) override {
-        return inner_.SetValue(key, name, type, data);
-    }
-    RegStatus DeleteValue(KeyHandle key, std::string_view name) override {
-        return inner_.DeleteValue(key, name);
-    }
-
-  private:
-    Registry& inner_;
 };
 
 }  // namespace regvex::testing

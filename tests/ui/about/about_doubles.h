@@ -7,6 +7,7 @@
 
 #include "engine/memory_registry.h"
 #include "engine/path_exists.h"
+#include "support/forwarding_registry.h"
 #include "system/process.h"
 #include "ui/about/frm_about.h"
 #include "ui/services.h"
@@ -56,40 +57,15 @@ class RecordingAboutView final : public ui::AboutView {
 };
 
 // Writes down the rights every open asks for, and lets the memory registry answer.
-class AccessRecordingRegistry final : public Registry {
+class AccessRecordingRegistry final : public ForwardingRegistry {
   public:
-    explicit AccessRecordingRegistry(MemoryRegistry& inner) : inner_(inner) {}
+    using ForwardingRegistry::ForwardingRegistry;
     RegStatus OpenKey(RootKeyHandle root, std::string_view path, AccessMask access,
                       KeyHandle& key) override {
         opened_with.push_back(access);
-        return inner_.OpenKey(root, path, access, key);
-    }
-    RegStatus CreateKey(RootKeyHandle root, std::string_view path, AccessMask access,
-                        KeyHandle& key) override {
-        return inner_.CreateKey(root, path, access, key);
-    }
-    RegStatus CloseKey(KeyHandle key) override { return inner_.CloseKey(key); }
-    RegStatus EnumKey(KeyHandle key, std::uint32_t index, std::string& name) override {
-        return inner_.EnumKey(key, index, name);
-    }
-    RegStatus EnumValue(KeyHandle key, std::uint32_t index, ValueSlot& value) override {
-        return inner_.EnumValue(key, index, value);
-    }
-    RegStatus QueryValue(KeyHandle key, std::string_view name, std::uint32_t& type,
-                         std::vector<std::uint8_t>& data) override {
-        return inner_.QueryValue(key, name, type, data);
-    }
-    RegStatus SetValue(KeyHandle key, std::string_view name, std::uint32_t type,
-                       std::span<const std::uint8_t> data) override {
-        return inner_.SetValue(key, name, type, data);
-    }
-    RegStatus DeleteValue(KeyHandle key, std::string_view name) override {
-        return inner_.DeleteValue(key, name);
+        return ForwardingRegistry::OpenKey(root, path, access, key);
     }
     std::vector<AccessMask> opened_with;
-
-  private:
-    MemoryRegistry& inner_;
 };
 
 }  // namespace regvex::testing
