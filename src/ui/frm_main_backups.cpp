@@ -25,6 +25,15 @@ void CheckRowCount(const CheckListView& list) {
     }
 }
 
+// These commands go on past every failure: a name without a date shows none.
+std::string DateTextOrNothing(std::string_view file_name) {
+    try {
+        return backup::BackupDateText(file_name);
+    } catch (const std::exception&) {
+        return {};
+    }
+}
+
 }  // namespace
 
 void frmMain::ReportRunTimeError(const std::exception& error) {
@@ -115,11 +124,7 @@ void frmMain::Command1_Click() {
             continue;
         }
         const std::string file_name = list.Tag(row);
-        std::string date_text;
-        try {
-            date_text = backup::BackupDateText(file_name);
-        } catch (const std::exception&) {
-        }
+        const std::string date_text = DateTextOrNothing(file_name);
         if (Message(text::Concat({"Are you sure you want to restore this backup:  ", date_text}),
                     mb::kYesNo | mb::kQuestion, kProductName) != mb::kYes) {
             return;
@@ -147,11 +152,7 @@ void frmMain::Command2_Click() {
             continue;
         }
         const std::string file_name = list.Tag(row);
-        std::string date_text;
-        try {
-            date_text = backup::BackupDateText(file_name);
-        } catch (const std::exception&) {
-        }
+        const std::string date_text = DateTextOrNothing(file_name);
         if (Message(text::Concat({"Are you sure you want to delete this backup:  ", date_text}),
                     mb::kYesNo | mb::kQuestion, kProductName) != mb::kYes) {
             return;

@@ -223,12 +223,12 @@ void MainWindow::SetControlsFont(std::string_view font_name) {
 
 void MainWindow::BuildTaskPane(const std::vector<TaskGroupSpec>& groups) {
     std::vector<TaskGroup> pane;
-    for (const TaskGroupSpec& spec : groups) {
+    for (const TaskGroupSpec& source : groups) {
         TaskGroup group;
-        group.caption = spec.caption;
-        group.key = spec.key;
+        group.caption = source.caption;
+        group.key = source.key;
         group.special = pane.empty();
-        for (const TaskItemSpec& item : spec.items) {
+        for (const TaskItemSpec& item : source.items) {
             group.items.push_back({item.key, item.text, item.tooltip, TaskIconOf(item.key)});
         }
         pane.push_back(std::move(group));
@@ -260,9 +260,12 @@ void MainWindow::LayOut() {
 }
 
 void MainWindow::FitFirstColumns() {
-    // The first columns are not sized by the scan; they hold a status or a number.
+    // The first columns are not sized by the scan; they hold a status or a number. The
+    // backups' dates and sizes are as wide as the widest the locale writes.
     errors_.FitColumnTo(0, "Invalid Entry");
     backups_.FitColumnTo(0, "Backup #0000");
+    backups_.FitColumnTo(1, "12/31/2026 12:59:59 PM ");
+    backups_.FitColumnTo(2, "10000.00 KB");
 }
 
 void MainWindow::ShowAbout() {
