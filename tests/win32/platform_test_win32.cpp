@@ -182,5 +182,14 @@ TEST(Win32ProcessLauncher, AnswersTheExitCodeOrZeroWhenNothingStarted) {
     EXPECT_EQ(OpenHandles(), handles_before);
 }
 
+TEST(Win32ProcessLauncher, StartsWithoutWaitingAndKeepsNoHandle) {
+    Win32ProcessLauncher launcher;
+    launcher.Start("cmd.exe /c exit 0");
+    const std::set<std::uintptr_t> handles_before = OpenHandles();
+    EXPECT_TRUE(launcher.Start("cmd.exe /c exit 0"));
+    EXPECT_FALSE(launcher.Start("regvexlor-no-such-program.exe"));
+    EXPECT_EQ(OpenHandles(), handles_before);
+}
+
 }  // namespace
 }  // namespace regvex
