@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "engine/registry.h"
+#include "text/hex_digit.h"
 #include "text/utf8.h"
 
 namespace regvex {
@@ -58,19 +59,6 @@ std::string Quote(std::string_view text) {
     return out;
 }
 
-int HexDigitValue(char c) {
-    if (c >= '0' && c <= '9') {
-        return c - '0';
-    }
-    if (c >= 'a' && c <= 'f') {
-        return c - 'a' + 10;
-    }
-    if (c >= 'A' && c <= 'F') {
-        return c - 'A' + 10;
-    }
-    return -1;
-}
-
 // 1 to 8 hexadecimal digits and nothing else.
 bool ParseHex32(std::string_view digits, std::uint32_t& value) {
     if (digits.empty() || digits.size() > 8) {
@@ -78,7 +66,7 @@ bool ParseHex32(std::string_view digits, std::uint32_t& value) {
     }
     value = 0;
     for (const char c : digits) {
-        const int digit = HexDigitValue(c);
+        const int digit = text::HexDigitValue(c);
         if (digit < 0) {
             return false;
         }

@@ -10,6 +10,7 @@
 #include "text/wide_text_win32.h"
 #include "ui/form_resizer_win32.h"
 #include "ui/gdi_win32.h"
+#include "ui/modal_message_dialogs_win32.h"
 #include "ui/startup_win32.h"
 
 namespace regvex::ui {
@@ -229,32 +230,6 @@ class WinMenuItem final : public MenuItem {
     HMENU menu_;
     UINT item_;
     bool by_position_;
-};
-
-// The window's own message boxes keep it disabled while they are up, as the main window
-// is, so that it cannot be closed under the handler that is waiting for the answer.
-class ModalToWindow final : public MessageDialogs {
-  public:
-    ModalToWindow(MessageDialogs& dialogs, HWND window) : dialogs_(dialogs), window_(window) {}
-    void SetMessageBoxColors(DialogColor text, DialogColor back, DialogColor edit_text,
-                             DialogColor edit_back) override {
-        dialogs_.SetMessageBoxColors(text, back, edit_text, edit_back);
-    }
-    int MsgBox(std::string_view prompt, int style, std::string_view title) override {
-        const bool disable = IsWindowEnabled(window_) != FALSE;
-        if (disable) {
-            EnableWindow(window_, FALSE);
-        }
-        const int answer = dialogs_.MsgBox(prompt, style, title);
-        if (disable) {
-            EnableWindow(window_, TRUE);
-        }
-        return answer;
-    }
-
-  private:
-    MessageDialogs& dialogs_;
-    HWND window_;
 };
 
 void RegisterWindowClass(HINSTANCE instance, WNDPROC procedure) {

@@ -8,6 +8,7 @@
 #include "text/wide_text_win32.h"
 #include "ui/form_resizer_win32.h"
 #include "ui/gdi_win32.h"
+#include "ui/modal_message_dialogs_win32.h"
 #include "ui/startup_win32.h"
 #include "ui/win32_controls_win32.h"
 
@@ -140,32 +141,6 @@ class BoxWindow final : public Window {
     WindowText text_;
 };
 
-// The box stays disabled under its own message boxes, so that it cannot be closed under
-// the handler that waits for the answer, whichever window the boxes belong to.
-class ModalToBox final : public MessageDialogs {
-  public:
-    ModalToBox(MessageDialogs& dialogs, HWND box) : dialogs_(dialogs), box_(box) {}
-    void SetMessageBoxColors(DialogColor text, DialogColor back, DialogColor edit_text,
-                             DialogColor edit_back) override {
-        dialogs_.SetMessageBoxColors(text, back, edit_text, edit_back);
-    }
-    int MsgBox(std::string_view prompt, int style, std::string_view title) override {
-        const bool disable = IsWindowEnabled(box_) != FALSE;
-        if (disable) {
-            EnableWindow(box_, FALSE);
-        }
-        const int answer = dialogs_.MsgBox(prompt, style, title);
-        if (disable) {
-            EnableWindow(box_, TRUE);
-        }
-        return answer;
-    }
-
-  private:
-    MessageDialogs& dialogs_;
-    HWND box_;
-};
-
 void RegisterWindowClass(HINSTANCE instance, WNDPROC procedure) {
     WNDCLASSEXW window_class{};
     window_class.cbSize = sizeof(window_class);
@@ -209,7 +184,7 @@ struct Win32AboutBox::Shown {
     HWND focus = nullptr;
     bool closing = false;
 
-    ModalToBox modal_dialogs;
+    ModalToWindow modal_dialogs;
     BoxWindow form;
     WindowText title;
     WindowText version;

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "engine/run_time_error.h"
+#include "text/hex_digit.h"
 #include "text/utf8.h"
 
 namespace regvex::ui {
@@ -30,19 +31,6 @@ void AppendHex(std::string& out, std::uint8_t code) {
     out += kDigits[code & 15];
 }
 
-int HexDigitValue(char c) {
-    if (c >= '0' && c <= '9') {
-        return c - '0';
-    }
-    if (c >= 'a' && c <= 'f') {
-        return c - 'a' + 10;
-    }
-    if (c >= 'A' && c <= 'F') {
-        return c - 'A' + 10;
-    }
-    return -1;
-}
-
 // The decimal text of a hexadecimal number; leading zeros do not count towards its size.
 std::string DecimalFromHex(std::string_view digits) {
     if (digits.empty()) {
@@ -50,7 +38,7 @@ std::string DecimalFromHex(std::string_view digits) {
     }
     std::uint64_t value = 0;
     for (const char c : digits) {
-        const int digit = HexDigitValue(c);
+        const int digit = text::HexDigitValue(c);
         if (digit < 0) {
             throw RunTimeError(kErrorTypeMismatch, "Type mismatch");
         }
