@@ -16,10 +16,7 @@ source scripts/wine-env
 
 WINEPREFIX=$(mktemp -d "${TMPDIR:-/tmp}/regvex-gui-bench.XXXXXX")
 export WINEPREFIX
-display=:$((130 + RANDOM % 40))
-Xvfb "$display" -screen 0 1280x1024x24 -nolisten tcp >/dev/null 2>&1 &
-xvfb_pid=$!
-export DISPLAY=$display
+start_xvfb
 trap 'wineserver -k >/dev/null 2>&1 || true; kill $xvfb_pid 2>/dev/null || true; rm -rf "$WINEPREFIX"' EXIT
 work="$WINEPREFIX/bench"
 mkdir -p "$work"

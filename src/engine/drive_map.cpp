@@ -90,14 +90,15 @@ const DriveMapFileExistence::Folder* DriveMapFileExistence::Remember(const std::
     for (std::filesystem::directory_iterator it(folder.real, error), end; !error && it != end;
          it.increment(error)) {
         std::string name = text::Utf8FromPath(it->path().filename());
-        std::string upper = text::UpperCase(name);
+        Entry& entry = folder.entries[text::UpperCase(name)];
         std::error_code type_error;
-        Entry entry{it->is_directory(type_error), {}};
-        if (entry.is_directory) {
-            entry.name = std::move(name);
+        if (!it->is_directory(type_error)) {
+            entry.has_file = true;
+        } else if (!entry.has_folder) {
+            // Of folders whose names differ only in case, the first one listed wins.
+            entry.has_folder = true;
+            entry.folder_name = std::move(name);
         }
-        // When a Linux folder holds names that differ only in case, the first one wins.
-        folder.entries.emplace(std::move(upper), std::move(entry));
     }
     return &folder;
 }
@@ -117,11 +118,11 @@ const DriveMapFileExistence::Folder* DriveMapFileExistence::FolderAt(std::string
         return nullptr;
     }
     auto entry = parent->entries.find(upper_path.substr(slash + 1));
-    if (entry == parent->entries.end() || !entry->second.is_directory) {
+    if (entry == parent->entries.end() || !entry->second.has_folder) {
         return nullptr;
     }
     // Copied before Remember, which may drop every folder it knows, this parent included.
-    std::filesystem::path real = parent->real / text::PathFromUtf8(entry->second.name);
+    std::filesystem::path real = parent->real / text::PathFromUtf8(entry->second.folder_name);
     return Remember(std::string(upper_path), std::move(real));
 }
 

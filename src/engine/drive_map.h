@@ -33,9 +33,13 @@ class DriveMapFileExistence final : public FileExistence {
     int Check(const std::string& path) override;
 
   private:
+    // One upper-cased name can stand for a file and a folder at once on Linux ("sub" and
+    // "SUB"): a path that goes on through the name needs the folder, one that ends there
+    // is answered by either.
     struct Entry {
-        bool is_directory = false;
-        std::string name;  // as on disk; kept for folders only, the only ones gone into
+        bool has_file = false;
+        bool has_folder = false;
+        std::string folder_name;  // as on disk: the only kind of entry gone into
     };
     int Answer(const std::string& path);
 

@@ -150,6 +150,14 @@ TEST(DriveMap, AnswersAsWindowsWouldForAMappedDrive) {
     std::filesystem::create_directories(drive.path() / "Program Files" / "App");
     std::ofstream(drive.path() / "Program Files" / "App" / "App.exe").put('x');
     std::ofstream(drive.path() / "top.dll").put('x');
+    // A file and a folder whose names differ only in case, the file listed either first
+    // or last.
+    std::filesystem::create_directories(drive.path() / "SUB");
+    std::ofstream(drive.path() / "sub").put('x');
+    std::ofstream(drive.path() / "SUB" / "in.dll").put('x');
+    std::ofstream(drive.path() / "zed").put('x');
+    std::filesystem::create_directories(drive.path() / "ZED");
+    std::ofstream(drive.path() / "ZED" / "in.dll").put('x');
 
     DriveMapFileExistence files;
     files.Map('c', drive.path());
@@ -169,6 +177,11 @@ TEST(DriveMap, AnswersAsWindowsWouldForAMappedDrive) {
         {"C:\\", 1},
         {"C:\\Program Files\\App\\missing.exe", 0},
         {"C:\\top.dll\\App.exe", 0},  // a file is not a folder
+        {"C:\\sub", 1},
+        {"C:\\sub\\in.dll", 1},
+        {"C:\\Sub\\in.dll", 1},
+        {"C:\\zed\\in.dll", 1},
+        {"C:\\sub\\missing.dll", 0},
         {"C:\\Program Files \\App\\App.exe", 0},
         {"C:\\Program Files\\App\\App.exe\"", 0},
         {"C:\\Program Files\\App\\App*.exe", 0},
