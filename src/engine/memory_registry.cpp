@@ -26,6 +26,7 @@ struct MemoryRegistry::Node {
         std::string name;
         std::string upper;
         bool name_fits = true;
+        bool data_fits = true;
         std::uint32_t type = reg::kNone;
         std::vector<std::uint8_t> data;
     };
@@ -61,7 +62,7 @@ struct MemoryRegistry::Node {
     }
 };
 
-MemoryRegistry::MemoryRegistry() {
+MemoryRegistry::MemoryRegistry(const text::AnsiCodePage& ansi) : ansi_(ansi) {
     for (RootKeyHandle root = kHkeyClassesRoot; root <= kHkeyDynData; ++root) {
         auto node = std::make_unique<Node>();
         node->name = RootKeyName(root);
@@ -248,7 +249,7 @@ RegStatus MemoryRegistry::EnumValue(KeyHandle key, std::uint32_t index, ValueSlo
         return reg::kNoMoreItems;
     }
     const Node::Value& stored = node->values[index];
-    if (!stored.name_fits || stored.data.size() > value.data.size()) {
+    if (!stored.name_fits || !stored.data_fits || stored.data.size() > value.data.size()) {
         return reg::kMoreData;
     }
     value.name.assign(stored.name);
@@ -291,6 +292,12 @@ RegStatus MemoryRegistry::SetValue(KeyHandle key, std::string_view name, std::ui
     }
     value->type = type;
     value->data.assign(data.begin(), data.end());
+    const std::size_t measured =
+        reg::IsTextType(type)
+            ? ansi_.AnsiLength(std::string_view(reinterpret_cast<const char*>(data.data()),
+                                                data.size()))
+            : data.size();
+    value->data_fits = measured <= reg::kDataBufferBytes;
     return reg::kSuccess;
 }
 

@@ -2,7 +2,8 @@
 // A registry held in memory, behaving as Windows does wherever the scan can tell:
 // subkeys enumerate in the ordinal order of their upper-cased names, values in the order
 // they were created, names and keys compare without regard to case, a name longer than
-// the 260-character buffer or data longer than the 4096-byte buffer answers kMoreData,
+// the 260-character buffer or data longer than the 4096-byte buffer (text measured in
+// the ANSI code page it is given) answers kMoreData,
 // and a key can be marked so that opening it with more than read rights answers
 // kAccessDenied. Every root exists and starts empty; the roots are not linked to each
 // other (HKEY_CLASSES_ROOT does not mirror a part of HKEY_LOCAL_MACHINE).
@@ -14,12 +15,13 @@
 #include <vector>
 
 #include "engine/registry.h"
+#include "text/ansi_code_page.h"
 
 namespace regvex {
 
 class MemoryRegistry final : public Registry {
   public:
-    MemoryRegistry();
+    explicit MemoryRegistry(const text::AnsiCodePage& ansi = text::DefaultAnsiCodePage());
     ~MemoryRegistry() override;
     MemoryRegistry(const MemoryRegistry&) = delete;
     MemoryRegistry& operator=(const MemoryRegistry&) = delete;
@@ -73,6 +75,7 @@ class MemoryRegistry final : public Registry {
     // the last path resolved, and how many characters of `path` that part covers.
     Node* StartFromLast(RootKeyHandle root, std::string_view path, std::size_t& covered) const;
 
+    const text::AnsiCodePage& ansi_;
     std::vector<std::unique_ptr<Node>> roots_;
     LastResolved last_;
     std::vector<HandleSlot> handles_;

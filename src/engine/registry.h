@@ -64,9 +64,13 @@ inline constexpr AccessMask kKeyWow64_64Key = 0x0100;
 inline constexpr AccessMask kKeyWow64_32Key = 0x0200;
 
 // The scan's buffers: names of up to 259 characters plus the terminator, data of up to
-// 4096 bytes. Anything larger answers kMoreData.
+// 4096 bytes. Anything larger answers kMoreData. Text data is measured as the
+// byte-string call that the scan was designed around measures it: its length in the
+// system's ANSI code page, terminator included where the value stores one.
 inline constexpr std::size_t kNameBufferChars = 260;
 inline constexpr std::size_t kDataBufferBytes = 4096;
+// Text that fits the ANSI buffer takes up to three UTF-8 bytes per ANSI byte.
+inline constexpr std::size_t kDataSlotBytes = 3 * kDataBufferBytes;
 
 }  // namespace reg
 
@@ -75,7 +79,7 @@ struct ValueSlot {
     std::string name;
     std::uint32_t type = 0;
     std::uint32_t size = 0;  // bytes of `data` that the call wrote
-    std::array<std::uint8_t, reg::kDataBufferBytes> data{};
+    std::array<std::uint8_t, reg::kDataSlotBytes> data{};
 };
 
 class Registry {

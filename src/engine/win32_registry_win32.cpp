@@ -6,6 +6,7 @@
 #include <cstring>
 #include <iterator>
 
+#include "text/ansi_code_page_win32.h"
 #include "text/wide_text_win32.h"
 
 namespace regvex {
@@ -200,14 +201,18 @@ RegStatus Win32Registry::EnumValue(KeyHandle key, std::uint32_t index, ValueSlot
         return Status(status);
     }
     if (reg::IsTextType(type)) {
-        const std::string utf8 = WideBytesToUtf8(data_buffer_.data(), size);
+        const std::wstring_view wide(data_buffer_.data(), size / sizeof(wchar_t));
+        if (text::SystemAnsiCodePage::AnsiLength(wide) > reg::kDataBufferBytes) {
+            return reg::kMoreData;
+        }
+        const std::string utf8 = text::FromWide(wide);
         if (utf8.size() > value.data.size()) {
             return reg::kMoreData;
         }
         std::memcpy(value.data.data(), utf8.data(), utf8.size());
         value.size = static_cast<std::uint32_t>(utf8.size());
     } else {
-        if (size > value.data.size()) {
+        if (size > reg::kDataBufferBytes) {
             return reg::kMoreData;
         }
         std::memcpy(value.data.data(), data_buffer_.data(), size);

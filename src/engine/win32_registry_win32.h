@@ -1,8 +1,8 @@
 #pragma once
 // The live Windows registry. A KeyHandle is the HKEY itself. Text crosses the W API as
-// UTF-16 and reaches the engine as UTF-8; what the engine sees of sizes and of kMoreData
-// is measured in UTF-8, so the scan's 4096-byte limit means the same as it did for the
-// byte-string API the program was first written against.
+// UTF-16 and reaches the engine as UTF-8; kMoreData for text data is decided on its
+// length in the system's ANSI code page, so the scan's 4096-byte limit means the same as
+// it did for the byte-string API the program was first written against.
 //
 // Every call is a round trip to the registry's owner (the kernel, or Wine's server), and
 // the scan opens each key twice in a row: once for its values, once for its subkeys. The
@@ -61,8 +61,8 @@ class Win32Registry final : public Registry {
     std::vector<OpenedKey> opened_;    // handed out by OpenKey and not closed yet
     std::optional<OpenedKey> parked_;  // closed by the caller, still open here
 
-    // UTF-16 text takes at most two bytes per UTF-8 byte, so anything that fits the
-    // engine's buffer once converted fits here; the extra unit holds an odd trailing byte.
+    // Every UTF-16 unit takes at least one ANSI byte, so any text that fits the engine's
+    // buffer once converted fits here; the extra unit holds an odd trailing byte.
     static constexpr std::size_t kWideDataUnits = reg::kDataBufferBytes + 1;
 
     // Reused across a walk's values, which the engine reads one at a time.

@@ -61,4 +61,13 @@ bool Windows1252CodePage::FromUtf8(std::string_view utf8, std::string& ansi) con
     return lossless;
 }
 
+std::size_t Windows1252CodePage::AnsiLength(std::string_view utf8) const {
+    return Utf16Length(utf8);
+}
+
+const AnsiCodePage& DefaultAnsiCodePage() {
+    static const Windows1252CodePage code_page;
+    return code_page;
+}
+
 }  // namespace regvex::text

@@ -60,4 +60,19 @@ bool SystemAnsiCodePage::FromUtf8(std::string_view utf8, std::string& ansi) cons
     return used_default == FALSE;
 }
 
+std::size_t SystemAnsiCodePage::AnsiLength(std::string_view utf8) const {
+    return AnsiLength(ToWide(utf8));
+}
+
+std::size_t SystemAnsiCodePage::AnsiLength(std::wstring_view wide) {
+    if (wide.empty()) {
+        return 0;
+    }
+    // No flags: the registry's own conversion counts every unmappable unit as the
+    // default character, as this does.
+    const int length = WideCharToMultiByte(CP_ACP, 0, wide.data(), CountAsInt(wide.size()),
+                                           nullptr, 0, nullptr, nullptr);
+    return length > 0 ? static_cast<std::size_t>(length) : wide.size();
+}
+
 }  // namespace regvex::text

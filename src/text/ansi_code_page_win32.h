@@ -9,6 +9,9 @@ class SystemAnsiCodePage final : public AnsiCodePage {
   public:
     std::string ToUtf8(std::string_view ansi) const override;
     bool FromUtf8(std::string_view utf8, std::string& ansi) const override;
+    std::size_t AnsiLength(std::string_view utf8) const override;
+    // The same for text already in UTF-16.
+    static std::size_t AnsiLength(std::wstring_view wide);
 };
 
 }  // namespace regvex::text

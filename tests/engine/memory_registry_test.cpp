@@ -121,6 +121,43 @@ TEST(MemoryRegistry, DataLimitIsTheScanBufferAndNamesCountUtf16Units) {
     EXPECT_EQ(registry.EnumValue(key.get(), 0, slot), reg::kMoreData);
 }
 
+TEST(MemoryRegistry, TextDataIsMeasuredInTheAnsiCodePageTerminatorIncluded) {
+    auto repeat = [](const std::string& piece, std::size_t count) {
+        std::string out;
+        for (std::size_t i = 0; i < count; ++i) {
+            out += piece;
+        }
+        return out;
+    };
+    const std::string e_acute = "\xC3\xA9";    // one byte in Windows-1252
+    const std::string zhong = "\xE4\xB8\xAD";  // "?" in Windows-1252: one byte
+    const std::string euro = "\xE2\x82\xAC";   // three UTF-8 bytes for one ANSI byte
+    const struct {
+        std::uint32_t type;
+        std::string text;  // stored with its terminator
+        RegStatus expected;
+    } cases[] = {
+        {reg::kSz, std::string(4095, 'a'), reg::kSuccess},
+        {reg::kSz, std::string(4096, 'a'), reg::kMoreData},
+        {reg::kSz, repeat(e_acute, 3000), reg::kSuccess},
+        {reg::kExpandSz, repeat(zhong, 3000), reg::kSuccess},
+        {reg::kMultiSz, repeat(euro, 4095), reg::kSuccess},
+        {reg::kMultiSz, repeat(euro, 4096), reg::kMoreData},
+    };
+    for (const auto& c : cases) {
+        MemoryRegistry registry;
+        PutValue(registry, kHkeyCurrentUser, "K", "v", c.type, SzBytes(c.text));
+        ScopedKey key;
+        ASSERT_EQ(ScopedKey::Open(registry, kHkeyCurrentUser, "K", reg::kKeyRead, key), 0);
+        ValueSlot slot;
+        ASSERT_EQ(registry.EnumValue(key.get(), 0, slot), c.expected) << c.text.size();
+        if (c.expected == reg::kSuccess) {
+            EXPECT_EQ(std::string(reinterpret_cast<const char*>(slot.data.data()), slot.size),
+                      c.text + '\0');
+        }
+    }
+}
+
 TEST(MemoryRegistry, CreateMakesParentsAndDeletingATreeInvalidatesItsHandles) {
     MemoryRegistry registry;
     ScopedKey deep;
