@@ -292,11 +292,10 @@ RegStatus MemoryRegistry::SetValue(KeyHandle key, std::string_view name, std::ui
     }
     value->type = type;
     value->data.assign(data.begin(), data.end());
-    const std::size_t measured =
-        reg::IsTextType(type)
-            ? ansi_.AnsiLength(std::string_view(reinterpret_cast<const char*>(data.data()),
-                                                data.size()))
-            : data.size();
+    const std::size_t measured = reg::IsTextType(type)
+                                     ? ansi_.AnsiLength(std::string_view(
+                                           reinterpret_cast<const char*>(data.data()), data.size()))
+                                     : data.size();
     value->data_fits = measured <= reg::kDataBufferBytes;
     return reg::kSuccess;
 }

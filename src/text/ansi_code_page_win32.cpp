@@ -70,8 +70,8 @@ std::size_t SystemAnsiCodePage::AnsiLength(std::wstring_view wide) {
     }
     // No flags: the registry's own conversion counts every unmappable unit as the
     // default character, as this does.
-    const int length = WideCharToMultiByte(CP_ACP, 0, wide.data(), CountAsInt(wide.size()),
-                                           nullptr, 0, nullptr, nullptr);
+    const int length = WideCharToMultiByte(CP_ACP, 0, wide.data(), CountAsInt(wide.size()), nullptr,
+                                           0, nullptr, nullptr);
     return length > 0 ? static_cast<std::size_t>(length) : wide.size();
 }
 
