@@ -2,6 +2,7 @@
 
 #include "cli/repair_commands.h"
 #include "cli/scan_command.h"
+#include "cli/visible_text.h"
 
 namespace regvex::cli {
 
@@ -14,7 +15,8 @@ constexpr const char* kUsage =
     "       regvexlor-cli backups [restore N | delete N]\n"
     "\n"
     "  scan   lists registry values that name a missing file on the drive, one line each:\n"
-    "         status, root key, subkey and value name, value (tab-separated)\n"
+    "         status, root key, subkey and value name, value (tab-separated); in them a\n"
+    "         backslash reads \\\\ and a control character or stray byte \\xHH\n"
     "\n"
     "  --drive C:            the drive whose files are checked\n"
     "  --registry FILE.reg   scan this registry export instead of the live registry\n"
@@ -62,7 +64,7 @@ int RunCli(const std::vector<std::string>& args, std::ostream& out, std::ostream
     if (command == "backups") {
         return RunBackups({args.begin() + 1, args.end()}, out, err, platform);
     }
-    err << "regvexlor-cli: unknown command \"" << command << "\"\n" << kUsage;
+    err << "regvexlor-cli: unknown command \"" << VisibleText(command) << "\"\n" << kUsage;
     return kExitUsage;
 }
 

@@ -7,6 +7,7 @@
 #include "backup/registry_fix.h"
 #include "cli/cli.h"
 #include "cli/scan_command.h"
+#include "cli/visible_text.h"
 #include "engine/run_time_error.h"
 #include "text/upper_case.h"
 
@@ -18,7 +19,7 @@ RepairPlatform* RepairOrSayWhyNot(CliPlatform& platform, std::ostream& err) {
     std::string why_not;
     RepairPlatform* repair = platform.Repair(why_not);
     if (repair == nullptr) {
-        err << "regvexlor-cli: " << why_not << "\n";
+        err << "regvexlor-cli: " << VisibleText(why_not) << "\n";
     }
     return repair;
 }
@@ -36,7 +37,7 @@ bool ListedBackups(RepairPlatform& repair, std::ostream& err,
     try {
         backup::ListBackups(repair.Disk(), folder, entries);
     } catch (const RunTimeError& error) {
-        err << "regvexlor-cli: " << error.what() << "\n";
+        err << "regvexlor-cli: " << VisibleText(error.what()) << "\n";
         return false;
     }
     return true;
@@ -76,7 +77,7 @@ int RunFix(const std::vector<std::string>& args, std::ostream& out, std::ostream
     std::string why_not;
     const auto registry = platform.OpenLiveRegistry(why_not);
     if (!registry) {
-        err << "regvexlor-cli: " << why_not << "\n";
+        err << "regvexlor-cli: " << VisibleText(why_not) << "\n";
         return kExitUsage;
     }
 
@@ -99,17 +100,18 @@ int RunFix(const std::vector<std::string>& args, std::ostream& out, std::ostream
             backup::CreateBackupFile(repair->Disk(), repair->ProgramFolder(),
                                      repair->GeneralDateText(), findings, platform.AnsiCodePage());
     } catch (const RunTimeError& failure) {
-        err << "regvexlor-cli: " << failure.what() << " Nothing was deleted.\n";
+        err << "regvexlor-cli: " << VisibleText(failure.what()) << " Nothing was deleted.\n";
         return kExitScanFailed;
     }
     for (const backup::BackupRow& row : findings) {
         // Every finding came from a value of a key, so its path has a backslash.
         backup::DeleteRegistryValuePath(*registry, RootKeyFromName(row.root_key), row.sub_key,
                                         row.value, platform.KeyAccessMask());
-        out << "Deleted\t" << row.root_key << '\t' << row.sub_key << '\t' << row.value << '\n';
+        out << "Deleted\t" << VisibleText(row.root_key) << '\t' << VisibleText(row.sub_key) << '\t'
+            << VisibleText(row.value) << '\n';
     }
     out.flush();
-    err << findings.size() << " values deleted; backup: " << backup_path << "\n";
+    err << findings.size() << " values deleted; backup: " << VisibleText(backup_path) << "\n";
     return kExitOk;
 }
 
@@ -138,8 +140,8 @@ int RunBackups(const std::vector<std::string>& args, std::ostream& out, std::ost
     }
     if (action.empty()) {
         for (const backup::BackupEntry& entry : entries) {
-            out << entry.number_text << '\t' << entry.date_text << '\t' << entry.size_text << '\t'
-                << entry.file_name << '\n';
+            out << VisibleText(entry.number_text) << '\t' << VisibleText(entry.date_text) << '\t'
+                << VisibleText(entry.size_text) << '\t' << VisibleText(entry.file_name) << '\n';
         }
         if (entries.empty()) {
             err << "There are no backups available at this time.\n";
@@ -159,17 +161,19 @@ int RunBackups(const std::vector<std::string>& args, std::ostream& out, std::ost
             repair->Processes().RunAndWait(backup::RestoreCommandLine(folder, entry.file_name));
         if (exit_code != 0) {
             err << "regvexlor-cli: the Registry Editor answered " << exit_code << " for "
-                << entry.file_name << "\n";
+                << VisibleText(entry.file_name) << "\n";
             return kExitScanFailed;
         }
-        out << "Restored\t" << entry.number_text << '\t' << entry.date_text << '\n';
+        out << "Restored\t" << VisibleText(entry.number_text) << '\t'
+            << VisibleText(entry.date_text) << '\n';
         return kExitOk;
     }
     if (!repair->Disk().RemoveFile(backup::BackupsFolder(folder) + "\\" + entry.file_name)) {
-        err << "regvexlor-cli: " << entry.file_name << " could not be deleted\n";
+        err << "regvexlor-cli: " << VisibleText(entry.file_name) << " could not be deleted\n";
         return kExitScanFailed;
     }
-    out << "Deleted\t" << entry.number_text << '\t' << entry.date_text << '\n';
+    out << "Deleted\t" << VisibleText(entry.number_text) << '\t' << VisibleText(entry.date_text)
+        << '\n';
     return kExitOk;
 }
 

@@ -10,6 +10,7 @@
 #include "backup/reg_file_reader.h"
 #include "cli/cli.h"
 #include "cli/progress_line.h"
+#include "cli/visible_text.h"
 #include "engine/caching_file_existence.h"
 #include "engine/drive_map.h"
 #include "engine/memory_registry.h"
@@ -43,17 +44,6 @@ bool ParseDrive(const std::string& text, char& drive) {
     }
     drive = UpperDrive(text[0]);
     return true;
-}
-
-// Fields are tab-separated on one line: tabs and line breaks inside them become blanks.
-std::string OneLineField(std::string_view text) {
-    std::string field(text);
-    for (char& c : field) {
-        if (c == '\t' || c == '\r' || c == '\n') {
-            c = ' ';
-        }
-    }
-    return field;
 }
 
 class CliSearchHost final : public SearchHost {
@@ -91,8 +81,8 @@ class CliScanEvents final : public SearchEvents {
             if (interactive_) {
                 progress_.Clear();
             }
-            *out_ << FindingStatus(lFound) << '\t' << sRootKey << '\t' << OneLineField(sKey) << '\t'
-                  << OneLineField(sValue) << '\n';
+            *out_ << VisibleText(FindingStatus(lFound)) << '\t' << VisibleText(sRootKey) << '\t'
+                  << VisibleText(sKey) << '\t' << VisibleText(sValue) << '\n';
             if (interactive_) {
                 out_->flush();
             }
@@ -136,7 +126,7 @@ std::unique_ptr<Registry> LoadRegistry(const ScanOptions& options, std::ostream&
         std::string why_not;
         auto live = platform.OpenLiveRegistry(why_not);
         if (!live) {
-            err << "regvexlor-cli: " << why_not << "\n";
+            err << "regvexlor-cli: " << VisibleText(why_not) << "\n";
         }
         return live;
     }
@@ -145,11 +135,11 @@ std::unique_ptr<Registry> LoadRegistry(const ScanOptions& options, std::ostream&
         const auto error =
             ImportRegFile(text::PathFromUtf8(file), *registry, platform.AnsiCodePage());
         if (error) {
-            err << "regvexlor-cli: " << file;
+            err << "regvexlor-cli: " << VisibleText(file);
             if (error->line != 0) {
                 err << ":" << error->line;
             }
-            err << ": " << error->message << "\n";
+            err << ": " << VisibleText(error->message) << "\n";
             return nullptr;
         }
     }
@@ -163,7 +153,8 @@ std::unique_ptr<FileExistence> ChooseFiles(const ScanOptions& options, std::ostr
     for (const auto& [letter, folder] : options.drive_folders) {
         std::error_code error;
         if (!std::filesystem::is_directory(text::PathFromUtf8(folder), error)) {
-            err << "regvexlor-cli: --map " << letter << ": \"" << folder << "\" is not a folder\n";
+            err << "regvexlor-cli: --map " << letter << ": \"" << VisibleText(folder)
+                << "\" is not a folder\n";
             return nullptr;
         }
         map->Map(letter, text::PathFromUtf8(folder));
@@ -198,7 +189,8 @@ bool LoadIgnoreList(const ScanOptions& options, std::ostream& err, CliPlatform& 
     }
     const std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
     if (!in.is_open() || in.bad()) {
-        err << "regvexlor-cli: cannot read the ignore list \"" << options.ignore_file << "\"\n";
+        err << "regvexlor-cli: cannot read the ignore list \"" << VisibleText(options.ignore_file)
+            << "\"\n";
         return false;
     }
     entries = LoadIgnoreEntries(bytes, platform.AnsiCodePage());
@@ -213,7 +205,7 @@ bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options
         const std::string& option = args[i];
         if (option != "--drive" && option != "--registry" && option != "--map" &&
             option != "--ignore") {
-            error = "unknown option \"" + option + "\"";
+            error = "unknown option \"" + VisibleText(option) + "\"";
             return false;
         }
         if (i + 1 >= args.size()) {
@@ -224,7 +216,8 @@ bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options
         if (option == "--drive") {
             char drive = 0;
             if (!ParseDrive(value, drive)) {
-                error = "--drive takes a drive letter such as C:, not \"" + value + "\"";
+                error =
+                    "--drive takes a drive letter such as C:, not \"" + VisibleText(value) + "\"";
                 return false;
             }
             options.scan_drive = std::string(1, drive) + ":\\";
@@ -245,8 +238,8 @@ bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options
             char drive = 0;
             if (equals == std::string::npos || !ParseDrive(value.substr(0, equals), drive) ||
                 equals + 1 == value.size()) {
-                error = "--map takes a drive and a folder such as C:=/mnt/windows, not \"" + value +
-                        "\"";
+                error = "--map takes a drive and a folder such as C:=/mnt/windows, not \"" +
+                        VisibleText(value) + "\"";
                 return false;
             }
             options.drive_folders.emplace_back(drive, value.substr(equals + 1));

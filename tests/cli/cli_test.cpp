@@ -6,6 +6,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "cli/visible_text.h"
 #include "engine/memory_registry.h"
 #include "support/registry_fixtures.h"
 #include "support/temp_folder.h"
@@ -80,19 +81,58 @@ TEST(Cli, LaterRegistryFilesApplyOnTopOfEarlierOnes) {
     EXPECT_EQ(run.exit_code, kExitOk) << run.err;
     EXPECT_EQ(run.out.find("\\Plain\t"), std::string::npos);
     EXPECT_EQ(run.out.find("Deeper"), std::string::npos);
-    EXPECT_NE(run.out.find("Vexlor Fixture\\Added\tC:\\added.exe\n"), std::string::npos);
+    EXPECT_NE(run.out.find(R"(Vexlor Fixture\\Added)"
+                           "\t"
+                           R"(C:\\added.exe)"
+                           "\n"),
+              std::string::npos);
     EXPECT_EQ(run.err, "11 errors found\n");
 }
 
-TEST(Cli, FieldsStayOnOneLine) {
+TEST(Cli, VisibleTextEscapesWhatATerminalWouldActOn) {
+    const struct {
+        std::string text;
+        std::string shown;
+    } cases[] = {
+        {R"(C:\Program Files\)", R"(C:\\Program Files\\)"},
+        {"a\tb\rc\nd", R"(a\x09b\x0dc\x0ad)"},
+        {"\x1b[2J\x1b]0;title\x07", R"(\x1b[2J\x1b]0;title\x07)"},
+        {std::string("nul\0del\x7f", 8), R"(nul\x00del\x7f)"},
+        // C1 controls, each of its two bytes shown; the characters just past them stand.
+        {"\xc2\x80\xc2\x9b\xc2\xa0", R"(\xc2\x80\xc2\x9b)"
+                                     "\xc2\xa0"},
+        {"Caf\xc3\xa9 \xe2\x82\xac \xef\xbf\xbd \xf0\x9f\x98\x80",
+         "Caf\xc3\xa9 \xe2\x82\xac \xef\xbf\xbd \xf0\x9f\x98\x80"},
+        // Not UTF-8: a lone lead byte, a cut-off sequence, an overlong form, a surrogate,
+        // a byte that never occurs.
+        {"\xc3x", R"(\xc3x)"},
+        {"\xe2\x82", R"(\xe2\x82)"},
+        {"\xc0\x80", R"(\xc0\x80)"},
+        {"\xed\xa0\x80", R"(\xed\xa0\x80)"},
+        {"\xff", R"(\xff)"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(VisibleText(c.text), c.shown) << ::testing::PrintToString(c.text);
+    }
+}
+
+TEST(Cli, HostileNamesAndDataAreShownEscapedOnOneLine) {
     testing::TempFolder folder;
-    const std::string file = (folder.path() / "tabs.reg").string();
+    const std::string file = (folder.path() / "hostile.reg").string();
+    // The value's data in UTF-16: C:\a.exe, LF, tab, ESC [2J, U+009B.
     std::ofstream(file, std::ios::binary)
-        << "Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CURRENT_USER\\K]\r\n"
-           "\"v\"=\"C:\\\\a.exe\\n\tnext\"\r\n";
+        << "Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CURRENT_USER\\K\x07]\r\n"
+           "\"v\x1b]0;owned\x07\"=hex(1):43,00,3a,00,5c,00,61,00,2e,00,65,00,78,00,65,00,0a,00,"
+           "09,00,1b,00,5b,00,32,00,4a,00,9b,00,00,00\r\n";
     const CliRun run = RunWith(
         {"scan", "--drive", "C:", "--registry", file, "--map", "C:=" + folder.path().string()});
-    EXPECT_EQ(run.out, "Invalid Entry\tHKEY_CURRENT_USER\tK\\v\tC:\\a.exe  next\n");
+    EXPECT_EQ(run.exit_code, kExitOk) << run.err;
+    EXPECT_EQ(run.out,
+              "Invalid Entry\tHKEY_CURRENT_USER\t"
+              R"(K\x07\\v\x1b]0;owned\x07)"
+              "\t"
+              R"(C:\\a.exe\x0a\x09\x1b[2J\xc2\x9b)"
+              "\n");
 }
 
 TEST(Cli, BadInvocationsExplainThemselvesAndExitWithTwo) {
@@ -111,13 +151,16 @@ TEST(Cli, BadInvocationsExplainThemselvesAndExitWithTwo) {
         {{"scan", "--drive", "C:", "--fast"}, "unknown option \"--fast\""},
         {{"scan", "--drive", "C:", "--map", "C:"}, "--map takes a drive and a folder"},
         {{"scan", "--drive", "C:", "--map", "C:="}, "--map takes a drive and a folder"},
+        {{"scan", "--drive", "C:", "--\x1b[2J"}, R"(unknown option "--\x1b[2J")"},
+        {{"\x1b]0;x\x07"}, R"(unknown command "\x1b]0;x\x07")"},
         {{"scan", "--drive", "C:", "--registry", reg}, "give the folder that does with --map C:="},
         {{"scan", "--drive", "C:", "--registry", reg, "--map", "D:=" + kFixtures},
          "give the folder that does with --map C:="},
         {{"scan", "--drive", "C:", "--registry", reg, "--map", "C:=/no/such/folder"},
          "\"/no/such/folder\" is not a folder"},
         {{"scan", "--drive", "C:", "--map", map}, "no live registry here"},
-        {{"scan", "--drive", "C:", "--registry", "/no/such.reg", "--map", map}, "/no/such.reg: "},
+        {{"scan", "--drive", "C:", "--registry", "/no/such\x1b.reg", "--map", map},
+         R"(/no/such\x1b.reg: )"},
         {{"scan", "--drive", "C:", "--registry", kFixtures + "/drive_c/Present/Here.exe", "--map",
           map},
          "Here.exe"},
@@ -126,6 +169,7 @@ TEST(Cli, BadInvocationsExplainThemselvesAndExitWithTwo) {
         const CliRun run = RunWith(c.args);
         EXPECT_EQ(run.exit_code, kExitUsage) << c.message;
         EXPECT_NE(run.err.find(c.message), std::string::npos) << run.err;
+        EXPECT_EQ(run.err.find('\x1b'), std::string::npos) << run.err;
         EXPECT_EQ(run.out, "") << c.message;
     }
 }
@@ -149,13 +193,26 @@ TEST(Cli, IgnoreListLeavesOutFindingsWhosePathOrSubkeyHoldsAnEntry) {
                  "C:=" + kFixtures + "/drive_c", "--ignore", kFixtures + "/scan_examples.ignore"});
     EXPECT_EQ(run.exit_code, kExitOk) << run.err;
     EXPECT_EQ(run.out,
-              "Invalid Entry\tHKEY_CURRENT_USER\tSoftware\\Vexlor Fixture\\Rundll\t"
-              "rundll32.exe C:\\Win\\shell32.dll,Control_RunDLL\n"
-              "Invalid Entry\tHKEY_CURRENT_USER\tSoftware\\Vexlor Fixture\\\t"
-              "C:\\Default\\gone.dll\n"
-              "Invalid Entry\tHKEY_CURRENT_USER\tSoftware\\Vexlor Fixture\\Multi\tC:\\first.exe\n"
-              "Invalid Entry\tHKEY_LOCAL_MACHINE\tSOFTWARE\\Vexlor Fixture\\Machine\t"
-              "C:\\Windows\\gone.sys\n");
+              "Invalid Entry\tHKEY_CURRENT_USER\t"
+              R"(Software\\Vexlor Fixture\\Rundll)"
+              "\t"
+              R"(rundll32.exe C:\\Win\\shell32.dll,Control_RunDLL)"
+              "\n"
+              "Invalid Entry\tHKEY_CURRENT_USER\t"
+              R"(Software\\Vexlor Fixture\\)"
+              "\t"
+              R"(C:\\Default\\gone.dll)"
+              "\n"
+              "Invalid Entry\tHKEY_CURRENT_USER\t"
+              R"(Software\\Vexlor Fixture\\Multi)"
+              "\t"
+              R"(C:\\first.exe)"
+              "\n"
+              "Invalid Entry\tHKEY_LOCAL_MACHINE\t"
+              R"(SOFTWARE\\Vexlor Fixture\\Machine)"
+              "\t"
+              R"(C:\\Windows\\gone.sys)"
+              "\n");
     EXPECT_EQ(run.err, "4 errors found\n");
 }
 
@@ -190,12 +247,14 @@ TEST(Cli, IgnoreEntriesMatchPathAndSubkeyByTheProgramsRules) {
         std::string expected;
         for (const std::string& name : c.listed) {
             const bool in_key = name == "InKey";
-            expected += "Invalid Entry\tHKEY_CURRENT_USER\tSoftware\\" +
-                        std::string(in_key ? "OldApp" : "Vendor") + "\\" + name + "\t" +
-                        (in_key             ? "C:\\Elsewhere\\b.dll"
-                         : name == "InPath" ? "C:\\Program Files\\OldApp\\a.dll"
-                                            : "C:\\Other\\c.dll") +
-                        "\n";
+            expected +=
+                "Invalid Entry\tHKEY_CURRENT_USER\t"
+                R"(Software\\)" +
+                std::string(in_key ? "OldApp" : "Vendor") + R"(\\)" + name + "\t" +
+                (in_key             ? R"(C:\\Elsewhere\\b.dll)"
+                 : name == "InPath" ? R"(C:\\Program Files\\OldApp\\a.dll)"
+                                    : R"(C:\\Other\\c.dll)") +
+                "\n";
         }
         EXPECT_EQ(run.out, expected) << ::testing::PrintToString(c.ignore_bytes);
     }

@@ -80,7 +80,9 @@ TEST(CliFix, BacksUpAndDeletesEveryFindingSoThatARescanFindsNone) {
     EXPECT_EQ(LineCount(fix.out), 12u);
     EXPECT_EQ(fix.out.substr(0, 8), "Deleted\t");
     const std::string backup_path = std::string(kBackups) + "\\Backup (6-3-2013 4.05.06 PM).reg";
-    EXPECT_NE(fix.err.find("12 values deleted; backup: " + backup_path), std::string::npos);
+    EXPECT_NE(fix.err.find(R"(12 values deleted; backup: C:\\Vexlor\\RegBackups\\Backup )"
+                           R"((6-3-2013 4.05.06 PM).reg)"),
+              std::string::npos);
     const std::string& backup = live.disk.files.at(backup_path);
     EXPECT_EQ(backup.substr(0, 10), "REGEDIT4\r\n");
     EXPECT_NE(
