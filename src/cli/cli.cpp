@@ -13,6 +13,7 @@ constexpr const char* kUsage =
     "                          [--ignore FILE]\n"
     "       regvexlor-cli fix --drive C: [--only TEXT] [--ignore FILE] [--map C:=DIR]...\n"
     "       regvexlor-cli backups [restore N | delete N]\n"
+    "       regvexlor-cli [scan | fix | backups] --help\n"
     "\n"
     "  scan   lists registry values that name a missing file on the drive, one line each:\n"
     "         status, root key, subkey and value name, value (tab-separated); in them a\n"
@@ -36,36 +37,62 @@ constexpr const char* kUsage =
     "\n"
     "  fix and backups need the live registry of Windows or Wine.\n";
 
-}  // namespace
-
-int RunCli(const std::vector<std::string>& args, std::ostream& out, std::ostream& err,
-           CliPlatform& platform) {
+int Dispatch(const std::vector<std::string>& args, std::ostream& out, std::ostream& err,
+             CliPlatform& platform) {
     if (args.empty()) {
         err << kUsage;
         return kExitUsage;
     }
     const std::string& command = args.front();
-    if (command == "--help" || command == "-h" || command == "help") {
+    if (IsHelpOption(command) || command == "help") {
         out << kUsage;
         return kExitOk;
     }
+    const std::vector<std::string> options(args.begin() + 1, args.end());
     if (command == "scan") {
-        ScanOptions options;
+        ScanOptions scan;
         std::string error;
-        if (!ParseScanOptions({args.begin() + 1, args.end()}, options, error)) {
+        if (!ParseScanOptions(options, scan, error)) {
             err << "regvexlor-cli: " << error << "\n" << kUsage;
             return kExitUsage;
         }
-        return RunScan(options, out, err, platform);
+        if (scan.help) {
+            out << kUsage;
+            return kExitOk;
+        }
+        return RunScan(scan, out, err, platform);
     }
     if (command == "fix") {
-        return RunFix({args.begin() + 1, args.end()}, out, err, platform);
+        return RunFix(options, out, err, platform);
     }
     if (command == "backups") {
-        return RunBackups({args.begin() + 1, args.end()}, out, err, platform);
+        return RunBackups(options, out, err, platform);
     }
     err << "regvexlor-cli: unknown command \"" << VisibleText(command) << "\"\n" << kUsage;
     return kExitUsage;
+}
+
+}  // namespace
+
+bool IsHelpOption(std::string_view arg) {
+    return arg == "--help" || arg == "-h";
+}
+
+std::string_view UsageText() {
+    return kUsage;
+}
+
+int RunCli(const std::vector<std::string>& args, std::ostream& out, std::ostream& err,
+           CliPlatform& platform) {
+    const int exit_code = Dispatch(args, out, err, platform);
+    // Whatever the command, output that did not arrive is not a success: `scan > /dev/full`
+    // must not pass for a clean registry.
+    if (!out.flush()) {
+        err << "regvexlor-cli: could not write to standard output; what it shows is "
+               "incomplete\n";
+        return kExitScanFailed;
+    }
+    return exit_code;
 }
 
 }  // namespace regvex::cli

@@ -3,6 +3,7 @@
 
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "cli/cli_platform.h"
@@ -12,6 +13,10 @@ namespace regvex::cli {
 inline constexpr int kExitOk = 0;
 inline constexpr int kExitScanFailed = 1;
 inline constexpr int kExitUsage = 2;
+
+// "--help" or "-h".
+bool IsHelpOption(std::string_view arg);
+std::string_view UsageText();
 
 // `args` without the program name. Findings go to `out`; counts, progress and messages
 // to `err`.

@@ -70,6 +70,10 @@ int RunFix(const std::vector<std::string>& args, std::ostream& out, std::ostream
         err << "regvexlor-cli: " << error << "\n";
         return kExitUsage;
     }
+    if (options.help) {
+        out << UsageText();
+        return kExitOk;
+    }
     RepairPlatform* repair = RepairOrSayWhyNot(platform, err);
     if (repair == nullptr) {
         return kExitUsage;
@@ -119,6 +123,10 @@ int RunBackups(const std::vector<std::string>& args, std::ostream& out, std::ost
                CliPlatform& platform) {
     std::string action;
     int number = 0;
+    if (args.size() == 1 && IsHelpOption(args[0])) {
+        out << UsageText();
+        return kExitOk;
+    }
     if (!args.empty()) {
         action = args[0];
         const std::string number_text = args.size() == 2 ? args[1] : std::string();

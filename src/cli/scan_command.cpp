@@ -72,6 +72,9 @@ class CliScanEvents final : public SearchEvents {
                   std::vector<backup::BackupRow>* kept, ProgressLine& progress, bool interactive)
         : rules_(rules), out_(out), kept_(kept), progress_(progress), interactive_(interactive) {}
 
+    // Once the findings cannot be written, scanning on would only lose more of them.
+    void StopWhenOutputFails(cRegSearch& search) { search_ = &search; }
+
     void SearchFound(std::string_view sRootKey, std::string_view sKey, std::string_view sValue,
                      std::int32_t lFound) override {
         if (!IsListedFinding(rules_, sKey, sValue)) {
@@ -85,6 +88,9 @@ class CliScanEvents final : public SearchEvents {
                   << VisibleText(sKey) << '\t' << VisibleText(sValue) << '\n';
             if (interactive_) {
                 out_->flush();
+            }
+            if (out_->fail() && search_ != nullptr) {
+                search_->StopSearch();
             }
         }
         if (kept_ != nullptr) {
@@ -104,6 +110,7 @@ class CliScanEvents final : public SearchEvents {
     std::vector<backup::BackupRow>* kept_;
     ProgressLine& progress_;
     bool interactive_;
+    cRegSearch* search_ = nullptr;
     std::size_t count_ = 0;
     std::int32_t reason_ = 0;
 };
@@ -203,6 +210,10 @@ bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options
                       std::string& error) {
     for (std::size_t i = 0; i < args.size(); ++i) {
         const std::string& option = args[i];
+        if (IsHelpOption(option)) {
+            options.help = true;
+            return true;
+        }
         if (option != "--drive" && option != "--registry" && option != "--map" &&
             option != "--ignore") {
             error = "unknown option \"" + VisibleText(option) + "\"";
@@ -215,6 +226,10 @@ bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options
         const std::string& value = args[++i];
         if (option == "--drive") {
             char drive = 0;
+            if (!options.scan_drive.empty()) {
+                error = "--drive can be given once";
+                return false;
+            }
             if (!ParseDrive(value, drive)) {
                 error =
                     "--drive takes a drive letter such as C:, not \"" + VisibleText(value) + "\"";
@@ -222,6 +237,10 @@ bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options
             }
             options.scan_drive = std::string(1, drive) + ":\\";
         } else if (option == "--registry") {
+            if (value.empty()) {
+                error = "--registry needs a file";
+                return false;
+            }
             options.registry_files.push_back(value);
         } else if (option == "--ignore") {
             if (!options.ignore_file.empty()) {
@@ -236,10 +255,13 @@ bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options
         } else {
             const std::size_t equals = value.find('=');
             char drive = 0;
-            if (equals == std::string::npos || !ParseDrive(value.substr(0, equals), drive) ||
-                equals + 1 == value.size()) {
+            if (equals == std::string::npos || !ParseDrive(value.substr(0, equals), drive)) {
                 error = "--map takes a drive and a folder such as C:=/mnt/windows, not \"" +
                         VisibleText(value) + "\"";
+                return false;
+            }
+            if (equals + 1 == value.size()) {
+                error = "--map " + std::string(1, drive) + ": needs a folder";
                 return false;
             }
             options.drive_folders.emplace_back(drive, value.substr(equals + 1));
@@ -273,16 +295,18 @@ int Search(const ScanOptions& options, Registry& registry, std::ostream* out,
     CliSearchHost host(progress);
     CliScanEvents events(rules, out, kept, progress, progress_shown && platform.StdoutIsTerminal());
     cRegSearch search(registry, host, events, platform.KeyAccessMask());
+    events.StopWhenOutputFails(search);
     search.RootKey(kHkeyAll);
     search.SubKey("");
     search.SearchFlags(search_flags::kValueNames | search_flags::kValueData);
     search.SearchString(options.scan_drive);
     search.DoSearch();
-    if (out != nullptr) {
-        out->flush();
+    progress.Clear();
+    // The command line as a whole reports output that could not be written.
+    if (out != nullptr && !out->flush()) {
+        return kExitScanFailed;
     }
 
-    progress.Clear();
     err << events.count() << " errors found\n";
     if (events.reason() != 0) {
         err << "regvexlor-cli: the scan ended early with error " << events.reason() << "\n";

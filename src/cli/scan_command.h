@@ -17,6 +17,7 @@ struct ScanOptions {
     std::vector<std::string> registry_files;
     std::vector<std::pair<char, std::string>> drive_folders;  // drive letter, folder
     std::string ignore_file;  // an ignore list, as the program keeps it; empty for none
+    bool help = false;        // the usage was asked for; nothing else was read
 };
 
 bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options,

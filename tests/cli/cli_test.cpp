@@ -150,7 +150,9 @@ TEST(Cli, BadInvocationsExplainThemselvesAndExitWithTwo) {
         {{"scan", "--drive", "1:"}, "--drive takes a drive letter"},
         {{"scan", "--drive", "C:", "--fast"}, "unknown option \"--fast\""},
         {{"scan", "--drive", "C:", "--map", "C:"}, "--map takes a drive and a folder"},
-        {{"scan", "--drive", "C:", "--map", "C:="}, "--map takes a drive and a folder"},
+        {{"scan", "--drive", "C:", "--map", "C:="}, "--map C: needs a folder"},
+        {{"scan", "--drive", "C:", "--registry", ""}, "--registry needs a file"},
+        {{"scan", "--drive", "C:", "--drive", "D:"}, "--drive can be given once"},
         {{"scan", "--drive", "C:", "--\x1b[2J"}, R"(unknown option "--\x1b[2J")"},
         {{"\x1b]0;x\x07"}, R"(unknown command "\x1b]0;x\x07")"},
         {{"scan", "--drive", "C:", "--registry", reg}, "give the folder that does with --map C:="},
@@ -301,9 +303,19 @@ TEST(Cli, RepairWithoutALiveRegistrySaysWhy) {
 }
 
 TEST(Cli, HelpGoesToStandardOutput) {
-    const CliRun run = RunWith({"--help"});
-    EXPECT_EQ(run.exit_code, kExitOk);
-    EXPECT_NE(run.out.find("usage:"), std::string::npos);
+    for (const auto& args : std::vector<std::vector<std::string>>{
+             {"--help"},
+             {"help"},
+             {"scan", "--help"},
+             {"scan", "--drive", "C:", "-h"},
+             {"fix", "--help"},
+             {"backups", "--help"},
+         }) {
+        const CliRun run = RunWith(args);
+        EXPECT_EQ(run.exit_code, kExitOk) << args.back();
+        EXPECT_EQ(run.out.substr(0, 6), "usage:") << args.back();
+        EXPECT_EQ(run.err, "") << args.back();
+    }
 }
 
 }  // namespace

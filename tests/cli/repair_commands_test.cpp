@@ -164,5 +164,39 @@ TEST(CliBackups, BadNumbersAndActionsExplainThemselves) {
     EXPECT_TRUE(live.processes.waited.empty());
 }
 
+// Standard output on a full disk: no write arrives.
+class FullDevice final : public std::streambuf {
+  protected:
+    int_type overflow(int_type) override { return traits_type::eof(); }
+};
+
+TEST(CliOutput, AFailedWriteEndsEveryCommandWithOneAndSaysSo) {
+    const std::string map = "C:=" + kFixtures + "/drive_c";
+    for (const auto& args : std::vector<std::vector<std::string>>{
+             {"scan", "--drive", "C:", "--map", map},
+             {"fix", "--drive", "C:", "--map", map},
+             {"backups"},
+             {"backups", "delete", "1"},
+             {"scan", "--help"},
+         }) {
+        LivePlatform live;
+        live.disk.folders.insert(kBackups);
+        live.disk.files[std::string(kBackups) + "\\Backup (9-30-2013 1.00.00 PM).reg"] = "x";
+        FullDevice full;
+        std::ostream out(&full);
+        std::ostringstream err;
+        EXPECT_EQ(RunCli(args, out, err, live), kExitScanFailed) << args[0];
+        EXPECT_NE(err.str().find("regvexlor-cli: could not write to standard output"),
+                  std::string::npos)
+            << err.str();
+        if (args[0] == "fix") {
+            // What was deleted is in the backup all the same.
+            EXPECT_EQ(
+                live.disk.files.count(std::string(kBackups) + "\\Backup (6-3-2013 4.05.06 PM).reg"),
+                1u);
+        }
+    }
+}
+
 }  // namespace
 }  // namespace regvex::cli

@@ -19,3 +19,16 @@ endif()
 if(NOT err STREQUAL "12 errors found\n")
     message(FATAL_ERROR "standard error: ${err}")
 endif()
+
+# Findings that cannot be written are not a clean scan.
+if(EXISTS /dev/full)
+    execute_process(
+        COMMAND ${EMULATOR} ${CLI} scan --drive C: --registry ${FIXTURES}/cli/scan_examples.reg
+                --map C:=${FIXTURES}/cli/drive_c
+        OUTPUT_FILE /dev/full
+        ERROR_VARIABLE err
+        RESULT_VARIABLE code)
+    if(NOT code EQUAL 1 OR NOT err MATCHES "could not write to standard output")
+        message(FATAL_ERROR "scan to a full disk: exit code ${code}\n${err}")
+    endif()
+endif()
