@@ -1,5 +1,6 @@
 #include "cli/scan_command.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -10,6 +11,7 @@
 #include "backup/reg_file_reader.h"
 #include "cli/cli.h"
 #include "cli/progress_line.h"
+#include "cli/unexamined_count.h"
 #include "cli/visible_text.h"
 #include "engine/caching_file_existence.h"
 #include "engine/drive_map.h"
@@ -180,6 +182,23 @@ std::unique_ptr<FileExistence> ChooseFiles(const ScanOptions& options, std::ostr
     return std::make_unique<CachingSystemFiles>(std::move(system));
 }
 
+// Two things the program reads in an ignore list as it always has, and that a user is
+// unlikely to mean: an empty entry (it occurs in every text), and line ends of LF alone
+// (only CR or CR LF ends a line, so the lines around such an end become one entry).
+void WarnOfSurprisingEntries(const std::string& file, const std::vector<std::string>& entries,
+                             std::ostream& err) {
+    const auto holds = [&](auto test) { return std::any_of(entries.begin(), entries.end(), test); };
+    if (holds([](const std::string& entry) { return entry.empty(); })) {
+        err << "regvexlor-cli: warning: the ignore list \"" << VisibleText(file)
+            << "\" holds an empty entry, which hides every finding\n";
+    }
+    if (holds([](const std::string& entry) { return entry.find('\n') != std::string::npos; })) {
+        err << "regvexlor-cli: warning: the ignore list \"" << VisibleText(file)
+            << "\" ends lines with LF alone, which does not end an entry: those lines are "
+               "read as one\n";
+    }
+}
+
 // The ignore list read as the program loads it. The command line never creates the file:
 // a name that reads nothing is more likely a mistake than an empty list.
 bool LoadIgnoreList(const ScanOptions& options, std::ostream& err, CliPlatform& platform,
@@ -201,6 +220,7 @@ bool LoadIgnoreList(const ScanOptions& options, std::ostream& err, CliPlatform& 
         return false;
     }
     entries = LoadIgnoreEntries(bytes, platform.AnsiCodePage());
+    WarnOfSurprisingEntries(options.ignore_file, entries, err);
     return true;
 }
 
@@ -276,6 +296,23 @@ bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options
 
 namespace {
 
+const char* Plural(std::uint64_t count, const char* one, const char* many) {
+    return count == 1 ? one : many;
+}
+
+void ReportUnexamined(const UnexaminedCount& counted, std::ostream& err) {
+    if (counted.values() != 0) {
+        err << counted.values() << Plural(counted.values(), " value", " values")
+            << " not examined: a value too large for the scan, or with too long a name, ends "
+               "its key's values\n";
+    }
+    if (counted.keys() != 0) {
+        err << counted.keys() << Plural(counted.keys(), " key", " keys")
+            << " not examined, nor anything below them: a key name too long for the scan ends "
+               "its parent's subkeys\n";
+    }
+}
+
 int Search(const ScanOptions& options, Registry& registry, std::ostream* out,
            std::vector<backup::BackupRow>* kept, std::ostream& err, CliPlatform& platform) {
     auto files = ChooseFiles(options, err, platform);
@@ -294,7 +331,8 @@ int Search(const ScanOptions& options, Registry& registry, std::ostream* out,
     ProgressLine progress(err, progress_shown);
     CliSearchHost host(progress);
     CliScanEvents events(rules, out, kept, progress, progress_shown && platform.StdoutIsTerminal());
-    cRegSearch search(registry, host, events, platform.KeyAccessMask());
+    UnexaminedCount counted(registry);
+    cRegSearch search(counted, host, events, platform.KeyAccessMask());
     events.StopWhenOutputFails(search);
     search.RootKey(kHkeyAll);
     search.SubKey("");
@@ -308,6 +346,7 @@ int Search(const ScanOptions& options, Registry& registry, std::ostream* out,
     }
 
     err << events.count() << " errors found\n";
+    ReportUnexamined(counted, err);
     if (events.reason() != 0) {
         err << "regvexlor-cli: the scan ended early with error " << events.reason() << "\n";
         return kExitScanFailed;

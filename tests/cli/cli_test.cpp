@@ -227,18 +227,24 @@ TEST(Cli, IgnoreEntriesMatchPathAndSubkeyByTheProgramsRules) {
            "[HKEY_CURRENT_USER\\Software\\Vendor]\r\n"
            "\"InPath\"=\"C:\\\\Program Files\\\\OldApp\\\\a.dll\"\r\n"
            "\"Neither\"=\"C:\\\\Other\\\\c.dll\"\r\n";
+    constexpr const char* kEmptyEntry = "holds an empty entry, which hides every finding";
+    constexpr const char* kLoneLf = "ends lines with LF alone";
     const struct {
         std::string ignore_bytes;
         std::vector<std::string> listed;  // value names
+        const char* warning;              // on standard error; none when empty
     } cases[] = {
-        {"", {"InKey", "InPath", "Neither"}},
-        {"oldapp\r\n", {"Neither"}},
-        {"SOFTWARE\\OLDAPP\r\n", {"InPath", "Neither"}},
-        {"oldapp\\a\r\n", {"InKey", "Neither"}},
+        {"", {"InKey", "InPath", "Neither"}, ""},
+        {"oldapp\r\n", {"Neither"}, ""},
+        {"SOFTWARE\\OLDAPP\r\n", {"InPath", "Neither"}, ""},
+        {"oldapp\\a\r\n", {"InKey", "Neither"}, ""},
         // A lone empty line stays an entry, and an empty entry is in every text.
-        {"\r\n", {}},
-        {"ZZ\r\n\r\n", {}},
-        {"\r\nZZ\r\n", {"InKey", "InPath", "Neither"}},
+        {"\r\n", {}, kEmptyEntry},
+        {"ZZ\r\n\r\n", {}, kEmptyEntry},
+        {"\r\nZZ\r\n", {"InKey", "InPath", "Neither"}, ""},
+        // Only CR ends a line: these are one entry, "OLDAPP\nZZ\n", which matches nothing.
+        {"oldapp\nzz\n", {"InKey", "InPath", "Neither"}, kLoneLf},
+        {"oldapp\nzz\r\n", {"InKey", "InPath", "Neither"}, kLoneLf},
     };
     for (const auto& c : cases) {
         const std::string ignore = (folder.path() / "Ignore.txt").string();
@@ -259,6 +265,11 @@ TEST(Cli, IgnoreEntriesMatchPathAndSubkeyByTheProgramsRules) {
                 "\n";
         }
         EXPECT_EQ(run.out, expected) << ::testing::PrintToString(c.ignore_bytes);
+        if (*c.warning == '\0') {
+            EXPECT_EQ(run.err.find("warning"), std::string::npos) << run.err;
+        } else {
+            EXPECT_NE(run.err.find(c.warning), std::string::npos) << run.err;
+        }
     }
 }
 
@@ -315,6 +326,40 @@ TEST(Cli, HelpGoesToStandardOutput) {
         EXPECT_EQ(run.exit_code, kExitOk) << args.back();
         EXPECT_EQ(run.out.substr(0, 6), "usage:") << args.back();
         EXPECT_EQ(run.err, "") << args.back();
+    }
+}
+
+TEST(Cli, SaysHowMuchTheScanCouldNotExamine) {
+    testing::TempFolder folder;
+    const std::string long_name(300, 'n');
+    const std::string value = "=\"C:\\\\gone.exe\"\r\n";
+    const std::string big = "=\"C:\\\\" + std::string(5000, 'x') + "\"\r\n";
+    const struct {
+        std::string keys;  // the file's keys and values below HKEY_CURRENT_USER\K
+        std::string err;
+    } cases[] = {
+        {"[HKEY_CURRENT_USER\\K]\r\n\"a\"" + value, "1 errors found\n"},
+        // The values from the oversized one on are never looked at.
+        {"[HKEY_CURRENT_USER\\K]\r\n\"a\"" + value + "\"b\"" + big + "\"c\"" + value + "\"d\"" +
+             value,
+         "1 errors found\n3 values not examined: a value too large for the scan, or with too "
+         "long a name, ends its key's values\n"},
+        {"[HKEY_CURRENT_USER\\K]\r\n\"" + long_name + "\"" + value,
+         "0 errors found\n1 value not examined: a value too large for the scan, or with too long "
+         "a name, ends its key's values\n"},
+        // Subkeys list in name order: A, the long one, Z; Z and what lies below it go unseen.
+        {"[HKEY_CURRENT_USER\\K\\A]\r\n\"a\"" + value + "[HKEY_CURRENT_USER\\K\\" + long_name +
+             "]\r\n[HKEY_CURRENT_USER\\K\\Z\\Below]\r\n\"z\"" + value,
+         "1 errors found\n2 keys not examined, nor anything below them: a key name too long for "
+         "the scan ends its parent's subkeys\n"},
+    };
+    for (const auto& c : cases) {
+        const std::string file = (folder.path() / "unseen.reg").string();
+        std::ofstream(file, std::ios::binary | std::ios::trunc) << "REGEDIT4\r\n\r\n" << c.keys;
+        const CliRun run = RunWith(
+            {"scan", "--drive", "C:", "--registry", file, "--map", "C:=" + folder.path().string()});
+        EXPECT_EQ(run.exit_code, kExitOk) << run.err;
+        EXPECT_EQ(run.err, c.err);
     }
 }
 
