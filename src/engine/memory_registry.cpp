@@ -2,13 +2,20 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
+#include <stdexcept>
+#include <utility>
 
+#include "engine/memory_registry_tree.h"
 #include "text/upper_case.h"
 #include "text/utf8.h"
 
 namespace regvex {
 
 namespace {
+
+using memory_tree::NameHash;
+using memory_tree::Value;
 
 // A name fits the scan's buffer when it leaves room for the terminator.
 bool FitsNameBuffer(std::string_view name) {
@@ -19,55 +26,50 @@ bool FitsNameBuffer(std::string_view name) {
 constexpr AccessMask kRightsBeyondReading =
     ~(reg::kKeyRead | reg::kKeyWow64_64Key | reg::kKeyWow64_32Key);
 
+// Whether the keys of `rest` (names without a trailing separator) may be created below a
+// key `depth` levels down.
+RegStatus CheckNewKeys(std::size_t depth, std::string_view rest) {
+    std::size_t start = 0;
+    while (true) {
+        const std::size_t end = std::min(rest.find('\\', start), rest.size());
+        const std::string_view name = rest.substr(start, end - start);
+        if (name.empty()) {
+            return reg::kFileNotFound;
+        }
+        if (text::Utf16Length(name) > reg::kMaxKeyNameChars) {
+            return reg::kInvalidParameter;
+        }
+        if (++depth > reg::kMaxKeyDepth) {
+            return reg::kNoSystemResources;
+        }
+        if (end == rest.size()) {
+            return reg::kSuccess;
+        }
+        start = end + 1;
+    }
+}
+
 }  // namespace
 
-struct MemoryRegistry::Node {
-    struct Value {
-        std::string name;
-        std::string upper;
-        bool name_fits = true;
-        bool data_fits = true;
-        std::uint32_t type = reg::kNone;
-        std::vector<std::uint8_t> data;
+struct MemoryRegistry::UndoRecord {
+    enum class Kind : std::uint8_t {
+        kNone,           // taken back already: a key created and deleted again
+        kKeyCreated,     // `node` was created below an older key
+        kKeyDeleted,     // `subtree` was deleted from below `node`
+        kValueAdded,     // `node` got a new value at `position`
+        kValueReplaced,  // the value at `position` of `node` was `before`
     };
-
-    std::string name;
-    std::string upper;
-    bool name_fits = true;
-    bool deny_full_access = false;
-    Node* parent = nullptr;
-    std::vector<std::unique_ptr<Node>> children;  // by text::CompareUtf16Order of `upper`
-    std::vector<Value> values;                    // in creation order
-
-    // The child whose upper-cased name is `upper`, or where it would be inserted.
-    std::vector<std::unique_ptr<Node>>::iterator LowerBound(std::string_view upper_name) {
-        return std::lower_bound(children.begin(), children.end(), upper_name,
-                                [](const std::unique_ptr<Node>& child, std::string_view key) {
-                                    return text::CompareUtf16Order(child->upper, key) < 0;
-                                });
-    }
-
-    Node* FindChild(std::string_view upper_name) {
-        auto it = LowerBound(upper_name);
-        return it != children.end() && (*it)->upper == upper_name ? it->get() : nullptr;
-    }
-
-    Value* FindValue(std::string_view upper_name) {
-        for (Value& value : values) {
-            if (value.upper == upper_name) {
-                return &value;
-            }
-        }
-        return nullptr;
-    }
+    Kind kind = Kind::kNone;
+    Node* node = nullptr;
+    std::uint32_t position = 0;
+    Value before;
+    std::unique_ptr<Node> subtree;
 };
 
 MemoryRegistry::MemoryRegistry(const text::AnsiCodePage& ansi) : ansi_(ansi) {
     for (RootKeyHandle root = kHkeyClassesRoot; root <= kHkeyDynData; ++root) {
-        auto node = std::make_unique<Node>();
-        node->name = RootKeyName(root);
-        node->upper = node->name;
-        roots_.push_back(std::move(node));
+        const std::string name = RootKeyName(root);
+        roots_.push_back(std::make_unique<Node>(name, NameHash(name), nullptr));
     }
 }
 
@@ -136,6 +138,7 @@ RegStatus MemoryRegistry::Resolve(RootKeyHandle root, std::string_view path, boo
             ++start;  // the separator after the shared part
         }
     }
+    bool creating = false;
     while (start < path.size()) {
         const std::size_t end = std::min(path.find('\\', start), path.size());
         const std::string_view name = path.substr(start, end - start);
@@ -144,18 +147,22 @@ RegStatus MemoryRegistry::Resolve(RootKeyHandle root, std::string_view path, boo
             return reg::kFileNotFound;
         }
         text::UpperCaseInto(name, upper_scratch_);
-        Node* child = node->FindChild(upper_scratch_);
+        const std::uint32_t hash = NameHash(upper_scratch_);
+        Node* child =
+            creating ? nullptr : node->FindChild(name, upper_scratch_, hash, compare_scratch_);
         if (child == nullptr) {
             if (!create) {
                 return reg::kFileNotFound;
             }
-            auto fresh = std::make_unique<Node>();
-            fresh->name = std::string(name);
-            fresh->upper = upper_scratch_;
-            fresh->name_fits = FitsNameBuffer(name);
-            fresh->parent = node;
-            child = fresh.get();
-            node->children.insert(node->LowerBound(upper_scratch_), std::move(fresh));
+            // All or nothing: the rest of the path is checked before its first key is made.
+            if (!creating) {
+                if (const RegStatus status = CheckNewKeys(node->depth, path.substr(start));
+                    status != reg::kSuccess) {
+                    return status;
+                }
+                creating = true;
+            }
+            child = AddKey(node, name, hash);
         }
         node = child;
         start = end + 1;
@@ -164,6 +171,22 @@ RegStatus MemoryRegistry::Resolve(RootKeyHandle root, std::string_view path, boo
     last_.path.assign(path);
     last_.node = node;
     return reg::kSuccess;
+}
+
+MemoryRegistry::Node* MemoryRegistry::AddKey(Node* parent, std::string_view name,
+                                             std::uint32_t hash) {
+    const bool record = recording_ && !Fresh(parent);
+    if (record && undo_.size() == undo_.capacity()) {
+        undo_.reserve(std::max<std::size_t>(16, 2 * undo_.capacity()));
+    }
+    auto fresh = std::make_unique<Node>(name, hash, parent);
+    fresh->born = recording_ ? recording_serial_ : 0;
+    Node* added = parent->AddChild(std::move(fresh), upper_scratch_, compare_scratch_);
+    if (record) {
+        Record(UndoRecord{UndoRecord::Kind::kKeyCreated, added, 0, {}, {}});
+        added->undo_record = static_cast<std::uint32_t>(undo_.size());
+    }
+    return added;
 }
 
 KeyHandle MemoryRegistry::NewHandle(Node* node) {
@@ -232,11 +255,9 @@ RegStatus MemoryRegistry::EnumKey(KeyHandle key, std::uint32_t index, std::strin
     if (index >= node->children.size()) {
         return reg::kNoMoreItems;
     }
-    const Node& child = *node->children[index];
-    if (!child.name_fits) {
-        return reg::kMoreData;
-    }
-    name.assign(child.name);
+    node->SortChildren();
+    // No key name this registry holds passes 255 characters, so every one fits the buffer.
+    name.assign(node->children[index]->name);
     return reg::kSuccess;
 }
 
@@ -245,18 +266,23 @@ RegStatus MemoryRegistry::EnumValue(KeyHandle key, std::uint32_t index, ValueSlo
     if (const RegStatus status = Lookup(key, node); status != reg::kSuccess) {
         return status;
     }
-    if (index >= node->values.size()) {
+    // While recording, deleted values keep their places for the undoing.
+    if (!recording_) {
+        node->CompactValues();
+    }
+    const Value* stored = node->LiveValue(index);
+    if (stored == nullptr) {
         return reg::kNoMoreItems;
     }
-    const Node::Value& stored = node->values[index];
-    if (!stored.name_fits || !stored.data_fits || stored.data.size() > value.data.size()) {
+    const std::span<const std::uint8_t> data = stored->data();
+    if (!stored->name_fits() || !stored->data_fits() || data.size() > value.data.size()) {
         return reg::kMoreData;
     }
-    value.name.assign(stored.name);
-    value.type = stored.type;
-    value.size = static_cast<std::uint32_t>(stored.data.size());
-    if (!stored.data.empty()) {
-        std::memcpy(value.data.data(), stored.data.data(), stored.data.size());
+    value.name.assign(stored->name());
+    value.type = stored->type();
+    value.size = static_cast<std::uint32_t>(data.size());
+    if (!data.empty()) {
+        std::memcpy(value.data.data(), data.data(), data.size());
     }
     return reg::kSuccess;
 }
@@ -267,12 +293,15 @@ RegStatus MemoryRegistry::QueryValue(KeyHandle key, std::string_view name, std::
     if (const RegStatus status = Lookup(key, node); status != reg::kSuccess) {
         return status;
     }
-    const Node::Value* value = node->FindValue(text::UpperCase(name));
-    if (value == nullptr) {
+    text::UpperCaseInto(name, upper_scratch_);
+    const auto position =
+        node->FindValue(name, upper_scratch_, NameHash(upper_scratch_), compare_scratch_);
+    if (!position) {
         return reg::kFileNotFound;
     }
-    type = value->type;
-    data = value->data;
+    const Value& value = node->values[*position];
+    type = value.type();
+    data.assign(value.data().begin(), value.data().end());
     return reg::kSuccess;
 }
 
@@ -282,21 +311,42 @@ RegStatus MemoryRegistry::SetValue(KeyHandle key, std::string_view name, std::ui
     if (const RegStatus status = Lookup(key, node); status != reg::kSuccess) {
         return status;
     }
-    std::string upper = text::UpperCase(name);
-    Node::Value* value = node->FindValue(upper);
-    if (value == nullptr) {
-        value = &node->values.emplace_back();
-        value->name = std::string(name);
-        value->upper = std::move(upper);
-        value->name_fits = FitsNameBuffer(name);
+    if (text::Utf16Length(name) > reg::kMaxValueNameChars ||
+        data.size() > std::numeric_limits<std::uint32_t>::max()) {
+        return reg::kInvalidParameter;
     }
-    value->type = type;
-    value->data.assign(data.begin(), data.end());
     const std::size_t measured = reg::IsTextType(type)
                                      ? ansi_.AnsiLength(std::string_view(
                                            reinterpret_cast<const char*>(data.data()), data.size()))
                                      : data.size();
-    value->data_fits = measured <= reg::kDataBufferBytes;
+    const bool data_fits = measured <= reg::kDataBufferBytes;
+
+    text::UpperCaseInto(name, upper_scratch_);
+    const std::uint32_t hash = NameHash(upper_scratch_);
+    const bool record = recording_ && !Fresh(node);
+    if (record && undo_.size() == undo_.capacity()) {
+        undo_.reserve(std::max<std::size_t>(16, 2 * undo_.capacity()));
+    }
+    const auto position = node->FindValue(name, upper_scratch_, hash, compare_scratch_);
+    if (!position) {
+        Value value(name, hash, FitsNameBuffer(name));
+        value.SetData(type, data, data_fits);
+        const std::uint32_t added = node->AddValue(std::move(value));
+        if (record) {
+            Record(UndoRecord{UndoRecord::Kind::kValueAdded, node, added, {}, {}});
+        }
+        return reg::kSuccess;
+    }
+    Value& stored = node->values[*position];
+    if (!record) {
+        stored.SetData(type, data, data_fits);
+        return reg::kSuccess;
+    }
+    // The old value goes to the record whole; the name keeps the case it was created with.
+    Value replacement(stored.name(), hash, stored.name_fits());
+    replacement.SetData(type, data, data_fits);
+    Record(UndoRecord{UndoRecord::Kind::kValueReplaced, node, *position, std::move(stored), {}});
+    stored = std::move(replacement);
     return reg::kSuccess;
 }
 
@@ -305,13 +355,21 @@ RegStatus MemoryRegistry::DeleteValue(KeyHandle key, std::string_view name) {
     if (const RegStatus status = Lookup(key, node); status != reg::kSuccess) {
         return status;
     }
-    const std::string upper = text::UpperCase(name);
-    auto it = std::find_if(node->values.begin(), node->values.end(),
-                           [&](const Node::Value& value) { return value.upper == upper; });
-    if (it == node->values.end()) {
+    text::UpperCaseInto(name, upper_scratch_);
+    const auto position =
+        node->FindValue(name, upper_scratch_, NameHash(upper_scratch_), compare_scratch_);
+    if (!position) {
         return reg::kFileNotFound;
     }
-    node->values.erase(it);
+    const bool record = recording_ && !Fresh(node);
+    if (record && undo_.size() == undo_.capacity()) {
+        undo_.reserve(std::max<std::size_t>(16, 2 * undo_.capacity()));
+    }
+    Value removed = node->RemoveValue(*position);
+    if (record) {
+        Record(
+            UndoRecord{UndoRecord::Kind::kValueReplaced, node, *position, std::move(removed), {}});
+    }
     return reg::kSuccess;
 }
 
@@ -334,12 +392,20 @@ RegStatus MemoryRegistry::DeleteKeyTree(RootKeyHandle root, std::string_view pat
     if (node->parent == nullptr) {
         return reg::kAccessDenied;  // a root cannot be deleted
     }
+    const bool keep = recording_ && !Fresh(node);
+    if (keep && undo_.size() == undo_.capacity()) {
+        undo_.reserve(std::max<std::size_t>(16, 2 * undo_.capacity()));
+    }
     ForgetHandlesBelow(node);
     last_ = LastResolved{};
-    auto& siblings = node->parent->children;
-    siblings.erase(
-        std::find_if(siblings.begin(), siblings.end(),
-                     [&](const std::unique_ptr<Node>& child) { return child.get() == node; }));
+    Node* const parent = node->parent;
+    std::unique_ptr<Node> removed = parent->RemoveChild(node);
+    if (keep) {
+        Record(UndoRecord{UndoRecord::Kind::kKeyDeleted, parent, 0, {}, std::move(removed)});
+    } else if (recording_ && node->undo_record != 0) {
+        // Created and deleted while recording: there is nothing left to take back.
+        undo_[node->undo_record - 1].kind = UndoRecord::Kind::kNone;
+    }
     return reg::kSuccess;
 }
 
@@ -355,6 +421,64 @@ RegStatus MemoryRegistry::DenyFullAccess(RootKeyHandle root, std::string_view pa
 std::size_t MemoryRegistry::OpenHandleCount() const {
     return static_cast<std::size_t>(std::count_if(
         handles_.begin(), handles_.end(), [](const HandleSlot& slot) { return slot.open; }));
+}
+
+bool MemoryRegistry::Fresh(const Node* node) const {
+    return recording_ && node->born == recording_serial_;
+}
+
+// Room was made before the change, so recording it allocates nothing.
+void MemoryRegistry::Record(UndoRecord record) {
+    undo_.push_back(std::move(record));
+}
+
+// Newest first, so that each record meets the registry as its change left it. Nothing
+// here allocates: every key and value goes back into room it had.
+void MemoryRegistry::UndoAll() {
+    for (auto it = undo_.rbegin(); it != undo_.rend(); ++it) {
+        switch (it->kind) {
+            case UndoRecord::Kind::kNone:
+                break;
+            case UndoRecord::Kind::kKeyCreated:
+                ForgetHandlesBelow(it->node);
+                it->node->parent->RemoveChild(it->node);
+                break;
+            case UndoRecord::Kind::kKeyDeleted:
+                it->node->ReattachChild(std::move(it->subtree));
+                break;
+            case UndoRecord::Kind::kValueAdded:
+                it->node->RemoveValue(it->position);
+                break;
+            case UndoRecord::Kind::kValueReplaced:
+                it->node->RestoreValue(it->position, std::move(it->before));
+                break;
+        }
+    }
+    undo_.clear();
+    last_ = LastResolved{};
+    recording_ = false;
+}
+
+MemoryRegistry::UndoScope::UndoScope(MemoryRegistry& registry) : registry_(&registry) {
+    if (registry.recording_) {
+        throw std::logic_error("MemoryRegistry: one undo scope at a time");
+    }
+    registry.recording_ = true;
+    ++registry.recording_serial_;
+}
+
+MemoryRegistry::UndoScope::~UndoScope() {
+    if (registry_ != nullptr) {
+        registry_->UndoAll();
+    }
+}
+
+void MemoryRegistry::UndoScope::Keep() {
+    if (registry_ != nullptr) {
+        registry_->recording_ = false;
+        std::vector<UndoRecord>().swap(registry_->undo_);
+        registry_ = nullptr;
+    }
 }
 
 }  // namespace regvex

@@ -7,6 +7,14 @@
 // and a key can be marked so that opening it with more than read rights answers
 // kAccessDenied. Every root exists and starts empty; the roots are not linked to each
 // other (HKEY_CLASSES_ROOT does not mirror a part of HKEY_LOCAL_MACHINE).
+//
+// It refuses what Windows refuses: creating a key name of more than 255 characters
+// (kInvalidParameter), a key more than 512 levels below its root (kNoSystemResources),
+// or a value name of more than 16,383 characters (kInvalidParameter). A path that cannot
+// be created creates none of its keys.
+//
+// Time and memory stay linear in what it holds: any number of subkeys or values per key,
+// in any order.
 
 #include <cstddef>
 #include <memory>
@@ -18,6 +26,11 @@
 #include "text/ansi_code_page.h"
 
 namespace regvex {
+
+namespace memory_tree {
+struct Node;
+class Value;
+}  // namespace memory_tree
 
 class MemoryRegistry final : public Registry {
   public:
@@ -48,15 +61,39 @@ class MemoryRegistry final : public Registry {
 
     std::size_t OpenHandleCount() const;
 
+    // Takes back every key, value and deletion made while it is alive, unless Keep is
+    // called. Handles on keys that the undoing removes answer kKeyDeleted, and so do
+    // handles on keys deleted in between, although the keys come back. One at a time.
+    class UndoScope {
+      public:
+        explicit UndoScope(MemoryRegistry& registry);
+        ~UndoScope();
+        UndoScope(const UndoScope&) = delete;
+        UndoScope& operator=(const UndoScope&) = delete;
+
+        void Keep();
+
+      private:
+        MemoryRegistry* registry_;
+    };
+
   private:
-    struct Node;
+    using Node = memory_tree::Node;
+    struct UndoRecord;
 
     Node* RootNode(RootKeyHandle root) const;
     // Follows `path` from `root`. Creates missing keys when `create` is set.
     RegStatus Resolve(RootKeyHandle root, std::string_view path, bool create, Node*& node);
+    Node* AddKey(Node* parent, std::string_view name, std::uint32_t hash);
     RegStatus Lookup(KeyHandle key, Node*& node) const;
     KeyHandle NewHandle(Node* node);
     void ForgetHandlesBelow(const Node* node);
+
+    // Whether the key was created since recording began: then undoing needs no record of
+    // what happens below it, since the whole key goes.
+    bool Fresh(const Node* node) const;
+    void Record(UndoRecord record);
+    void UndoAll();
 
     // Slot i holds handle i + 1. A deleted key leaves its handles open but without a node.
     struct HandleSlot {
@@ -81,6 +118,12 @@ class MemoryRegistry final : public Registry {
     std::vector<HandleSlot> handles_;
     std::vector<std::size_t> free_slots_;
     std::string upper_scratch_;
+    std::string compare_scratch_;
+
+    // Undo: while recording, what each change replaced, oldest first.
+    bool recording_ = false;
+    std::uint32_t recording_serial_ = 0;
+    std::vector<UndoRecord> undo_;
 };
 
 }  // namespace regvex

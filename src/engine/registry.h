@@ -7,9 +7,12 @@
 //   2    kFileNotFound   no key or value of that name
 //   5    kAccessDenied   the key exists but may not be opened with the rights asked for
 //   6    kInvalidHandle  not an open key, or a root the registry does not have
+//   87   kInvalidParameter  a key name of more than 255 characters or a value name of
+//                        more than 16,383 characters to be created
 //   234  kMoreData       a name or the data did not fit the caller's buffer
 //   259  kNoMoreItems    an enumeration index past the last item
 //   1018 kKeyDeleted     the key was deleted while it was open
+//   1450 kNoSystemResources  a key to be created more than 512 levels below its root
 //
 // The Windows backend passes on any other Win32 error number unchanged; callers treat
 // every non-zero answer as failure, as the scan does.
@@ -39,9 +42,11 @@ inline constexpr RegStatus kSuccess = 0;
 inline constexpr RegStatus kFileNotFound = 2;
 inline constexpr RegStatus kAccessDenied = 5;
 inline constexpr RegStatus kInvalidHandle = 6;
+inline constexpr RegStatus kInvalidParameter = 87;
 inline constexpr RegStatus kMoreData = 234;
 inline constexpr RegStatus kNoMoreItems = 259;
 inline constexpr RegStatus kKeyDeleted = 1018;
+inline constexpr RegStatus kNoSystemResources = 1450;
 
 inline constexpr std::uint32_t kNone = 0;
 inline constexpr std::uint32_t kSz = 1;
@@ -62,6 +67,12 @@ inline constexpr AccessMask kKeyRead = 0x20019;
 inline constexpr AccessMask kKeyAllAccess = 0xF003F;
 inline constexpr AccessMask kKeyWow64_64Key = 0x0100;
 inline constexpr AccessMask kKeyWow64_32Key = 0x0200;
+
+// What Windows allows: characters (UTF-16 units) of one key name and of a value name,
+// and levels of keys below a root.
+inline constexpr std::size_t kMaxKeyNameChars = 255;
+inline constexpr std::size_t kMaxValueNameChars = 16383;
+inline constexpr std::size_t kMaxKeyDepth = 512;
 
 // The scan's buffers: names of up to 259 characters plus the terminator, data of up to
 // 4096 bytes. Anything larger answers kMoreData. Text data is measured as the

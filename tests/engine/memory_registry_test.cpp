@@ -2,7 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <functional>
+
+#include "support/registry_dump.h"
 #include "support/registry_fixtures.h"
+#include "text/upper_case.h"
 
 namespace regvex {
 namespace {
@@ -48,7 +53,6 @@ TEST(MemoryRegistry, SubkeysEnumerateByUpperCasedNameValuesByCreation) {
 TEST(MemoryRegistry, AnswersWithTheResultCodesOfWindows) {
     MemoryRegistry registry;
     PutString(registry, kHkeyLocalMachine, "Soft\\Key", "v", "x");
-    PutKey(registry, kHkeyLocalMachine, std::string("Soft\\") + std::string(260, 'k'));
     registry.DenyFullAccess(kHkeyLocalMachine, "Soft\\Key");
 
     KeyHandle key = 0;
@@ -79,9 +83,8 @@ TEST(MemoryRegistry, AnswersWithTheResultCodesOfWindows) {
 
     ASSERT_EQ(registry.OpenKey(kHkeyLocalMachine, "Soft", reg::kKeyRead, key), 0);
     std::string name;
-    EXPECT_EQ(registry.EnumKey(key, 0, name), reg::kSuccess);   // "Key"
-    EXPECT_EQ(registry.EnumKey(key, 1, name), reg::kMoreData);  // 260 characters
-    EXPECT_EQ(registry.EnumKey(key, 2, name), reg::kNoMoreItems);
+    EXPECT_EQ(registry.EnumKey(key, 0, name), reg::kSuccess);  // "Key"
+    EXPECT_EQ(registry.EnumKey(key, 1, name), reg::kNoMoreItems);
     std::uint32_t type = 0;
     std::vector<std::uint8_t> data;
     EXPECT_EQ(registry.QueryValue(key, "v", type, data), reg::kFileNotFound);
@@ -231,6 +234,189 @@ TEST(MemoryRegistry, OpensInAnyOrderReachTheRightKeys) {
     EXPECT_EQ(ScopedKey::Open(registry, kHkeyCurrentUser, "X\\Y\\Z", reg::kKeyRead, gone),
               reg::kFileNotFound);
     EXPECT_EQ(ScopedKey::Open(registry, kHkeyCurrentUser, "X", reg::kKeyRead, gone), 0);
+}
+
+}  // namespace
+}  // namespace regvex
+
+namespace regvex {
+namespace {
+
+using testing::DumpRegistry;
+using testing::PutKey;
+using testing::PutString;
+
+std::string Levels(std::size_t count) {
+    std::string path = "d";
+    for (std::size_t i = 1; i < count; ++i) {
+        path += "\\d";
+    }
+    return path;
+}
+
+TEST(MemoryRegistry, RefusesNamesAndDepthsThatWindowsRefusesAndThenCreatesNothing) {
+    std::string wide_name;  // 128 characters outside the BMP: 256 UTF-16 units
+    for (int i = 0; i < 128; ++i) {
+        wide_name += "\xF0\x9F\x98\x80";
+    }
+    const struct {
+        std::string path;
+        RegStatus status;
+    } creates[] = {
+        {"A\\" + std::string(255, 'k'), reg::kSuccess},
+        {"B\\" + std::string(256, 'k'), reg::kInvalidParameter},
+        {"C\\" + wide_name, reg::kInvalidParameter},
+        {Levels(512), reg::kSuccess},
+        {Levels(513), reg::kNoSystemResources},
+        {"E\\" + Levels(512), reg::kNoSystemResources},
+        {"F\\" + std::string(256, 'k') + "\\G", reg::kInvalidParameter},
+        {"H\\\\I", reg::kFileNotFound},
+    };
+    MemoryRegistry registry;
+    for (const auto& c : creates) {
+        ScopedKey key;
+        EXPECT_EQ(ScopedKey::Create(registry, kHkeyCurrentUser, c.path, reg::kKeyAllAccess, key),
+                  c.status)
+            << c.path.size();
+    }
+    EXPECT_EQ(SubkeysOf(registry, kHkeyCurrentUser, ""), (std::vector<std::string>{"A", "d"}));
+
+    ScopedKey key;
+    ASSERT_EQ(ScopedKey::Open(registry, kHkeyCurrentUser, Levels(512), reg::kKeyAllAccess, key), 0);
+    const std::vector<std::uint8_t> data{1};
+    EXPECT_EQ(registry.SetValue(key.get(), std::string(16383, 'v'), reg::kBinary, data),
+              reg::kSuccess);
+    EXPECT_EQ(registry.SetValue(key.get(), std::string(16384, 'v'), reg::kBinary, data),
+              reg::kInvalidParameter);
+    key.Close();
+    EXPECT_EQ(registry.DeleteKeyTree(kHkeyCurrentUser, "d"), reg::kSuccess);
+}
+
+TEST(MemoryRegistry, ManySubkeysAndValuesInAnyOrderAreFoundAndListedInOrder) {
+    MemoryRegistry registry;
+    const int kCount = 300;
+    const auto scrambled = [&](int i) { return (i * 7919) % kCount; };
+    for (int i = 0; i < kCount; ++i) {
+        PutKey(registry, kHkeyCurrentUser, "P\\Key" + std::to_string(scrambled(i)));
+        PutString(registry, kHkeyCurrentUser, "P", "v" + std::to_string(scrambled(i)), "first");
+    }
+    std::vector<std::string> kept_keys;
+    for (int i = 0; i < kCount; ++i) {
+        const std::string name = std::to_string(i);
+        if (i % 3 == 0) {
+            EXPECT_EQ(registry.DeleteKeyTree(kHkeyCurrentUser, "p\\KEY" + name), reg::kSuccess);
+        } else {
+            kept_keys.push_back("Key" + name);
+        }
+    }
+    // Plain ASCII names: ordered as their upper-cased bytes.
+    std::sort(kept_keys.begin(), kept_keys.end(), [](const std::string& a, const std::string& b) {
+        return text::UpperCase(a) < text::UpperCase(b);
+    });
+    EXPECT_EQ(SubkeysOf(registry, kHkeyCurrentUser, "P"), kept_keys);
+
+    ScopedKey key;
+    ASSERT_EQ(ScopedKey::Open(registry, kHkeyCurrentUser, "P", reg::kKeyAllAccess, key), 0);
+    const std::vector<std::uint8_t> second{'2', 0};
+    std::vector<std::string> expected_values;
+    for (int i = 0; i < kCount; ++i) {
+        const std::string name = "v" + std::to_string(scrambled(i));
+        if (scrambled(i) % 4 == 0) {
+            EXPECT_EQ(registry.DeleteValue(key.get(), "V" + name.substr(1)), reg::kSuccess);
+        } else {
+            EXPECT_EQ(registry.SetValue(key.get(), "V" + name.substr(1), reg::kSz, second), 0);
+            expected_values.push_back(name + "=2");
+        }
+    }
+    ASSERT_EQ(registry.SetValue(key.get(), "v0", reg::kSz, second), reg::kSuccess);
+    expected_values.push_back("v0=2");  // deleted and set again: now the newest
+    std::vector<std::string> values;
+    ValueSlot slot;
+    for (std::uint32_t i = 0; registry.EnumValue(key.get(), i, slot) == reg::kSuccess; ++i) {
+        values.push_back(slot.name + "=" + std::string(1, static_cast<char>(slot.data[0])));
+    }
+    EXPECT_EQ(values, expected_values);
+}
+
+// Changes of every kind, to keys that were there before and to keys made on the way.
+void ChangeEverything(MemoryRegistry& registry) {
+    const auto set = [&](RootKeyHandle root, const char* path, const char* name, const char* text) {
+        PutString(registry, root, path, name, text);
+    };
+    const auto remove_value = [&](const char* path, const char* name) {
+        ScopedKey key;
+        ASSERT_EQ(ScopedKey::Open(registry, kHkeyCurrentUser, path, reg::kKeyAllAccess, key), 0);
+        ASSERT_EQ(registry.DeleteValue(key.get(), name), reg::kSuccess);
+    };
+    const auto remove_key = [&](RootKeyHandle root, const char* path) {
+        ASSERT_EQ(registry.DeleteKeyTree(root, path), reg::kSuccess) << path;
+    };
+    set(kHkeyCurrentUser, "Big", "v03", "changed");
+    remove_value("Big", "V07");
+    remove_value("Big", "v10");
+    set(kHkeyCurrentUser, "Big", "v07", "back, last");
+    set(kHkeyCurrentUser, "Big", "new", "1");
+    remove_key(kHkeyCurrentUser, "Big\\k05");
+    remove_key(kHkeyCurrentUser, "big\\K19");
+    PutKey(registry, kHkeyCurrentUser, "Big\\k05");
+    set(kHkeyCurrentUser, "Big\\a new\\below\\it", "n", "1");
+    remove_key(kHkeyCurrentUser, "Big\\a new\\below");
+    set(kHkeyCurrentUser, "Big\\k02", "n", "1");
+    remove_key(kHkeyCurrentUser, "Big\\k02");
+    remove_key(kHkeyLocalMachine, "Old");
+    set(kHkeyLocalMachine, "Old\\Deep", "x", "2");
+    PutKey(registry, kHkeyUsers, "Fresh\\Root");
+    remove_key(kHkeyUsers, "Fresh");
+    PutKey(registry, kHkeyUsers, "Fresh\\Again");
+}
+
+TEST(MemoryRegistry, AnUndoScopeTakesBackEveryChangeUnlessKept) {
+    const auto build = [](MemoryRegistry& registry) {
+        for (int i = 0; i < 20; ++i) {
+            const std::string number = (i < 10 ? "0" : "") + std::to_string(i);
+            PutString(registry, kHkeyCurrentUser, "Big\\k" + number, "v", number);
+            PutString(registry, kHkeyCurrentUser, "Big", "v" + number, number);
+        }
+        PutString(registry, kHkeyLocalMachine, "Old\\Deep\\Er", "x", "1");
+    };
+    MemoryRegistry plain;
+    build(plain);
+    const std::string before = DumpRegistry(plain);
+    ChangeEverything(plain);
+    const std::string after = DumpRegistry(plain);
+    ASSERT_NE(after, before);
+
+    // Listing the keys puts them in order again, so the undone registry is also changed
+    // before anything lists it.
+    for (const bool list_first : {true, false}) {
+        MemoryRegistry registry;
+        build(registry);
+        ScopedKey open_before;
+        ASSERT_EQ(ScopedKey::Open(registry, kHkeyCurrentUser, "Big", reg::kKeyRead, open_before),
+                  0);
+        {
+            MemoryRegistry::UndoScope undo(registry);
+            ChangeEverything(registry);
+            EXPECT_EQ(DumpRegistry(registry), after);
+        }
+        if (list_first) {
+            EXPECT_EQ(DumpRegistry(registry), before);
+            std::string name;
+            EXPECT_EQ(registry.EnumKey(open_before.get(), 0, name), reg::kSuccess);
+        }
+        // What the undoing restored takes the same changes again.
+        ChangeEverything(registry);
+        EXPECT_EQ(DumpRegistry(registry), after);
+    }
+
+    MemoryRegistry kept;
+    build(kept);
+    {
+        MemoryRegistry::UndoScope undo(kept);
+        ChangeEverything(kept);
+        undo.Keep();
+    }
+    EXPECT_EQ(DumpRegistry(kept), after);
 }
 
 }  // namespace
