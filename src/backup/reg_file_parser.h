@@ -1,15 +1,16 @@
 #pragma once
-// The parsing half of the registry export reader: turns a whole file into the list of
-// changes it asks for, without touching any registry, so that a malformed file can be
-// refused before anything is applied.
+// The parsing half of the registry export reader: turns the lines of a file into the
+// changes it asks for, one at a time, without touching any registry.
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
-#include <variant>
+#include <utility>
 #include <vector>
 
+#include "backup/reg_file_lines.h"
 #include "backup/reg_file_reader.h"
 #include "engine/root_keys.h"
 #include "text/ansi_code_page.h"
@@ -30,9 +31,38 @@ struct RegFileChange {
     std::vector<std::uint8_t> data;
 };
 
-using RegFileParse = std::variant<std::vector<RegFileChange>, RegFileError>;
+class RegFileParser {
+  public:
+    RegFileParser(RegFileLines& lines, const text::AnsiCodePage& ansi);
 
-// May throw std::bad_alloc; every fault of the input itself is answered as RegFileError.
-RegFileParse ParseRegText(std::string_view bytes, const text::AnsiCodePage& ansi);
+    // The header line; the first call.
+    std::optional<RegFileError> ReadHeader();
+
+    enum class Step { kChange, kEnd, kError };
+    // Fills `change` with the next change, or `error` with the fault of the file. May throw
+    // std::bad_alloc; every fault of the input itself is answered as kError.
+    Step Next(RegFileChange& change, RegFileError& error);
+
+  private:
+    // A value line with its continuation lines joined, remembering where each physical
+    // line starts so that a fault deep in a long hex list names the line it is on.
+    struct JoinedLine {
+        std::string text;
+        std::vector<std::pair<std::size_t, std::size_t>> starts;  // (offset in text, line)
+        std::size_t LineAt(std::size_t at) const;
+    };
+
+    void JoinContinuedLines(std::string_view first);
+    void ParseKeyLine(std::string_view line, RegFileChange& change);
+    void ParseValueLine(std::string_view line, RegFileChange& change);
+    void ParseData(std::string_view data, std::size_t base, RegFileChange& change) const;
+    void ParseHexData(std::string_view data, std::size_t base, RegFileChange& change) const;
+
+    RegFileLines& lines_;
+    const text::AnsiCodePage& ansi_;
+    bool version5_ = true;
+    bool in_key_ = false;
+    JoinedLine joined_;
+};
 
 }  // namespace regvex

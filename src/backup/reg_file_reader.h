@@ -1,6 +1,7 @@
 #pragma once
 // Reads registry export files ("REGEDIT4" and "Windows Registry Editor Version 5.00")
-// into a MemoryRegistry.
+// into a MemoryRegistry. A file is read and applied line by line, so that neither time
+// nor memory grows faster than the file; see reg_file_lines.h for the encodings read.
 
 #include <cstddef>
 #include <filesystem>
@@ -22,6 +23,7 @@ struct RegFileError {
 // the file is malformed: the answer then names the offending line.
 std::optional<RegFileError> ImportRegText(std::string_view bytes, MemoryRegistry& registry,
                                           const text::AnsiCodePage& ansi);
+// The same for a file, which may also be a pipe or a device; a folder is refused.
 std::optional<RegFileError> ImportRegFile(const std::filesystem::path& file,
                                           MemoryRegistry& registry, const text::AnsiCodePage& ansi);
 

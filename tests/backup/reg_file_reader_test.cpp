@@ -6,58 +6,28 @@
 #include <string>
 #include <vector>
 
+#include "backup/reg_file_lines.h"
+#include "support/registry_dump.h"
 #include "text/utf8.h"
 
 namespace regvex {
 namespace {
 
+using namespace std::string_literals;
+
 const text::Windows1252CodePage kAnsi{};
 const std::string kV5 = "Windows Registry Editor Version 5.00\n";
 
-// Printable ASCII as it stands, every other byte as \xNN, so that expected contents show
-// the exact bytes stored.
-std::string Render(std::string_view text) {
-    static const char kDigits[] = "0123456789abcdef";
-    std::string out;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte >= 0x20 && byte < 0x7F) {
-            out += c;
-        } else {
-            out += {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 15]};
-        }
+// A key path `count` levels deep.
+std::string Levels(std::size_t count) {
+    std::string path = "d";
+    for (std::size_t i = 1; i < count; ++i) {
+        path += "\\d";
     }
-    return out;
+    return path;
 }
 
-// One line per key below a root (roots only when they hold values), one per value.
-void DumpKey(MemoryRegistry& registry, RootKeyHandle root, const std::string& path,
-             std::string& out) {
-    ScopedKey key;
-    ASSERT_EQ(ScopedKey::Open(registry, root, path, reg::kKeyRead, key), reg::kSuccess);
-    ValueSlot slot;
-    std::string values;
-    for (std::uint32_t i = 0; registry.EnumValue(key.get(), i, slot) == reg::kSuccess; ++i) {
-        const std::string_view data(reinterpret_cast<const char*>(slot.data.data()), slot.size);
-        values +=
-            "  " + Render(slot.name) + "=" + std::to_string(slot.type) + ":" + Render(data) + "\n";
-    }
-    if (!path.empty() || !values.empty()) {
-        out += RootKeyName(root) + Render(path.empty() ? "" : "\\" + path) + "\n" + values;
-    }
-    std::string name;
-    for (std::uint32_t i = 0; registry.EnumKey(key.get(), i, name) == reg::kSuccess; ++i) {
-        DumpKey(registry, root, path.empty() ? name : path + "\\" + name, out);
-    }
-}
-
-std::string Dump(MemoryRegistry& registry) {
-    std::string out;
-    for (RootKeyHandle root = kHkeyClassesRoot; root <= kHkeyDynData; ++root) {
-        DumpKey(registry, root, "", out);
-    }
-    return out;
-}
+using testing::DumpRegistry;
 
 std::string Describe(const std::optional<RegFileError>& error) {
     return error ? "error " + std::to_string(error->line) + ": " + error->message : "";
@@ -66,7 +36,7 @@ std::string Describe(const std::optional<RegFileError>& error) {
 std::string Import(const std::string& bytes) {
     MemoryRegistry registry;
     const std::string error = Describe(ImportRegText(bytes, registry, kAnsi));
-    return error.empty() ? Dump(registry) : error;
+    return error.empty() ? DumpRegistry(registry) : error;
 }
 
 std::string Utf16File(const std::string& utf8) {
@@ -125,7 +95,13 @@ TEST(RegFileReader, EveryEncodingAndLineEndGivesTheSameUtf8) {
         EXPECT_EQ(Import(Utf16File(file)), expected) << "UTF-16, eol " << eol.size();
         EXPECT_EQ(Import("\xEF\xBB\xBF" + file), expected) << "UTF-8, eol " << eol.size();
         EXPECT_EQ(Import(ansi), expected) << "ANSI, eol " << eol.size();
+        EXPECT_EQ(Import(file), expected) << "UTF-8 without a mark, eol " << eol.size();
     }
+    // Without a mark, only a version 5 file that is valid UTF-8 to its end is read as UTF-8.
+    const std::string ansi_reading = "HKEY_CURRENT_USER\\\\xc3\\x83\\xc2\\xa9\n";
+    EXPECT_EQ(Import("REGEDIT4\n[HKCU\\\xC3\xA9]"), ansi_reading);
+    EXPECT_EQ(Import(kV5 + "[HKCU\\\xC3\xA9]\n;" + std::string(100000, 'c') + "\xE9"),
+              ansi_reading);
     EXPECT_EQ(Import(Utf16File(kV5 + "[HKCU\\\xE4\xB8\xAD]")),
               "HKEY_CURRENT_USER\\\\xe4\\xb8\\xad\n");
 }
@@ -159,7 +135,7 @@ TEST(RegFileReader, DeletionsRemoveKeysAndValuesAndIgnoreMissingOnes) {
                                            "\"v\"=-\n\"missing\"=-\n[-HKCU\\D]\n[HKCU\\D]\n@=\"3\"",
                                      registry, kAnsi)),
               "");
-    EXPECT_EQ(Dump(registry),
+    EXPECT_EQ(DumpRegistry(registry),
               "HKEY_CURRENT_USER\\A\n  w=1:2\\x00\nHKEY_CURRENT_USER\\D\n  =1:3\\x00\n");
 }
 
@@ -200,17 +176,86 @@ TEST(RegFileReader, MalformedFilesNameTheLineAndChangeNothing) {
         {kV5 + "[HKCU\\a]\n\"a\"=", 3, "value data"},
         {kV5 + "[HKCU\\a]\nkey=value", 3, "expected a [key]"},
         {Utf16File(kV5 + "[HKCU\\a]\n") + "x", 3, "UTF-16"},
+        {kV5 + "[HKCU\\a\0b]"s, 2, "the key name has a NUL character"},
+        {kV5 + "[HKCU\\a]\n\"a\0b\"=\"c\""s, 3, "the value name has a NUL character"},
+        {Utf16File(kV5 + "[HKCU\\a]\n@=\"b\"\n\"\0\"=\"c\""s), 4, "NUL character"},
+        {kV5 + "[HKCU\\a\\" + std::string(256, 'k') + "]", 2, "longer than the 255 characters"},
+        {kV5 + "[-HKCU\\" + Levels(513) + "]", 2, "more than 512 levels"},
+        {kV5 + "[HKCU\\" + Levels(100000) + "]", 2, "more than 512 levels"},
+        {kV5 + "[HKCU\\a]\n\"" + std::string(16384, 'v') + "\"=\"x\"", 3,
+         "longer than the 16383 characters"},
+        // Changes to what was there before, taken back.
+        {kV5 + "[HKLM\\Keep]\n\"k\"=\"changed\"\n@=\"new\"\n[HKLM\\Keep\\Sub]\n\"s\"=\"1\"\n"
+               "[-HKLM\\Keep]\n[HKLM\\Keep]\n\"k\"=dword:1\nx",
+         10, "expected a [key]"},
+        {kV5 + "[HKLM\\Keep]\n\"k\"=-\n\"a\"=hex:zz", 4, "not hexadecimal"},
+        {"\xFE\xFF\0W\0i"s, 1, "not supported: UTF-16BE ("},
+        {"\0W\0i"s, 1, "not supported: UTF-16BE without a byte order mark"},
+        {"W\0i\0"s, 1, "not supported: UTF-16LE without a byte order mark"},
+        {"\xFF\xFE\0\0W\0\0\0"s, 1, "not supported: UTF-32LE ("},
+        {"\0\0\xFE\xFF\0\0\0W"s, 1, "not supported: UTF-32BE ("},
+        {"W\0\0\0i\0\0\0"s, 1, "not supported: UTF-32LE without a byte order mark"},
+        {"\0\0\0W\0\0\0i"s, 1, "not supported: UTF-32BE without a byte order mark"},
     };
     for (const auto& c : cases) {
         MemoryRegistry registry;
         ASSERT_EQ(Describe(ImportRegText("REGEDIT4\n[HKLM\\Keep]\n\"k\"=\"v\"", registry, kAnsi)),
                   "");
-        const std::string before = Dump(registry);
+        const std::string before = DumpRegistry(registry);
         const auto error = ImportRegText(c.file, registry, kAnsi);
         ASSERT_TRUE(error.has_value()) << c.file;
         EXPECT_EQ(error->line, c.line) << c.file;
         EXPECT_NE(error->message.find(c.words), std::string::npos) << error->message;
-        EXPECT_EQ(Dump(registry), before) << c.file;
+        EXPECT_EQ(DumpRegistry(registry), before) << c.file;
+    }
+}
+
+TEST(RegFileReader, NamesAndDepthsUpToTheLimitsOfWindowsAreRead) {
+    for (const std::string& file :
+         {kV5 + "[HKCU\\" + std::string(255, 'k') + "]",
+          kV5 + "[HKCU\\" + Levels(512) + "]\n\"" + std::string(16383, 'v') + "\"=\"x\""}) {
+        MemoryRegistry registry;
+        EXPECT_EQ(Describe(ImportRegText(file, registry, kAnsi)), "");
+    }
+}
+
+// Any piece size gives the same lines: a CR LF, a UTF-16 unit or a surrogate pair may be
+// cut between two pieces. The first 64 KB are read whole to find the encoding.
+TEST(RegFileReader, LinesDoNotDependOnWhereTheFileIsCutIntoPieces) {
+    const std::string head = kV5 + ";" + std::string(70000, 'c') + "\r\n";
+    const std::string tail = "[HKCU\\\xF0\x9F\x98\x80]\r\r\n\n\"a\"=\"\xC3\xA9\"\r";
+    const std::vector<std::string> tail_lines = {"[HKCU\\\xF0\x9F\x98\x80]", "", "",
+                                                 "\"a\"=\"\xC3\xA9\"",       "", "end"};
+    const struct {
+        std::string file;
+        std::string last;  // after the tail's lines
+    } cases[] = {
+        {Utf16File(head + tail), "end"},
+        {Utf16File(head + tail) + "x", "UTF-16 fault at 7"},
+        {"\xEF\xBB\xBF" + head + tail, "end"},
+        {head + tail, "end"},
+    };
+    for (const auto& c : cases) {
+        for (const std::size_t piece :
+             {std::size_t{1} << 20, std::size_t{1}, std::size_t{2}, std::size_t{3}}) {
+            MemoryByteSource source(c.file);
+            RegFileLines lines(source, kAnsi, piece);
+            ASSERT_FALSE(lines.Open().has_value());
+            std::vector<std::string> got;
+            std::string_view line;
+            while (lines.Next(line)) {
+                got.emplace_back(line);
+            }
+            got.erase(got.begin(), got.begin() + 2);  // the head
+            got.push_back(lines.error() ? "UTF-16 fault at " + std::to_string(lines.line_number())
+                                        : "end");
+            std::vector<std::string> expected(tail_lines.begin(), tail_lines.end() - 1);
+            if (c.last != "end") {
+                expected.pop_back();  // a line cut by the fault is not given
+            }
+            expected.push_back(c.last);
+            EXPECT_EQ(got, expected) << "piece " << piece << ", file size " << c.file.size();
+        }
     }
 }
 
@@ -241,7 +286,7 @@ TEST(RegFileReader, ReadsByteExactExportFiles) {
     const std::filesystem::path dir = REGVEX_FIXTURES_DIR "/reader";
     ASSERT_EQ(Describe(ImportRegFile(dir / "export_unicode.reg", registry, kAnsi)), "");
     ASSERT_EQ(Describe(ImportRegFile(dir / "export_regedit4.reg", registry, kAnsi)), "");
-    EXPECT_EQ(Dump(registry), R"(HKEY_CURRENT_USER\Software
+    EXPECT_EQ(DumpRegistry(registry), R"(HKEY_CURRENT_USER\Software
 HKEY_CURRENT_USER\Software\Vexlor Test
   =1:default\x00
   Path=1:C:\Program Files\Vexlor\vexlor.exe\x00
