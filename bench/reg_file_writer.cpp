@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "engine/registry.h"
+#include "text/ansi_code_page.h"
 #include "text/utf8.h"
 
 namespace regvex {
@@ -65,15 +66,34 @@ void AppendUtf16(std::string& out, std::string_view utf8) {
     }
 }
 
+void AppendAnsi(std::string& out, std::string_view utf8) {
+    static const text::Windows1252CodePage kAnsi;
+    std::string ansi;
+    kAnsi.FromUtf8(utf8, ansi);
+    out.append(ansi);
+}
+
+void AppendEncoded(std::string& out, std::string_view utf8, RegFileFormat format) {
+    if (format == RegFileFormat::kVersion5) {
+        AppendUtf16(out, utf8);
+    } else {
+        AppendAnsi(out, utf8);
+    }
+}
+
 }  // namespace
 
-RegFileWriter::RegFileWriter(const std::filesystem::path& file)
-    : file_(file), out_(file, std::ios::binary | std::ios::trunc) {
+RegFileWriter::RegFileWriter(const std::filesystem::path& file, RegFileFormat format)
+    : file_(file), format_(format), out_(file, std::ios::binary | std::ios::trunc) {
     if (!out_) {
         throw std::runtime_error("cannot create " + file.string());
     }
-    pending_ = "\xFF\xFE";
-    Write("Windows Registry Editor Version 5.00\r\n");
+    if (format_ == RegFileFormat::kVersion5) {
+        pending_ = "\xFF\xFE";
+        Write("Windows Registry Editor Version 5.00\r\n");
+    } else {
+        Write("REGEDIT4\r\n");
+    }
 }
 
 void RegFileWriter::Key(RootKeyHandle root, std::string_view path) {
@@ -88,13 +108,13 @@ void RegFileWriter::Key(RootKeyHandle root, std::string_view path) {
 
 void RegFileWriter::Value(std::string_view name, std::uint32_t type,
                           std::span<const std::uint8_t> data) {
-    std::string line = ValueLine(name, type, data);
+    std::string line = ValueLine(name, type, data, format_);
     line.append("\r\n");
     Write(line);
 }
 
 std::string RegFileWriter::ValueLine(std::string_view name, std::uint32_t type,
-                                     std::span<const std::uint8_t> data) {
+                                     std::span<const std::uint8_t> data, RegFileFormat format) {
     std::string line = NamePart(name);
     if (type == reg::kSz && IsPlainString(data)) {
         const std::string_view text(reinterpret_cast<const char*>(data.data()), data.size() - 1);
@@ -108,13 +128,14 @@ std::string RegFileWriter::ValueLine(std::string_view name, std::uint32_t type,
         }
         return line;
     }
-    // Text types are stored as UTF-8 here but as UTF-16LE in the file.
-    std::string utf16;
+    // Text types are stored as UTF-8 here but in the file's encoding in the file.
+    std::string encoded;
     if (reg::IsTextType(type)) {
-        AppendUtf16(utf16,
-                    std::string_view(reinterpret_cast<const char*>(data.data()), data.size()));
-        data = std::span<const std::uint8_t>(reinterpret_cast<const std::uint8_t*>(utf16.data()),
-                                             utf16.size());
+        AppendEncoded(encoded,
+                      std::string_view(reinterpret_cast<const char*>(data.data()), data.size()),
+                      format);
+        data = std::span<const std::uint8_t>(reinterpret_cast<const std::uint8_t*>(encoded.data()),
+                                             encoded.size());
     }
     line.append(TypePrefix(type));
     std::size_t column = text::Utf16Length(line);
@@ -144,7 +165,7 @@ void RegFileWriter::Finish() {
 }
 
 void RegFileWriter::Write(std::string_view utf8) {
-    AppendUtf16(pending_, utf8);
+    AppendEncoded(pending_, utf8, format_);
     if (pending_.size() >= kFlushBytes) {
         Flush();
     }
@@ -152,6 +173,7 @@ void RegFileWriter::Write(std::string_view utf8) {
 
 void RegFileWriter::Flush() {
     out_.write(pending_.data(), static_cast<std::streamsize>(pending_.size()));
+    written_ += pending_.size();
     pending_.clear();
     if (!out_) {
         throw std::runtime_error("cannot write " + file_.string());
