@@ -27,9 +27,7 @@ class Utf8Check {
         while (valid_ && i < bytes.size()) {
             if (pending_ == 0) {
                 // Plain ASCII eight bytes at a time: most of any file.
-                std::uint64_t eight = 0;
-                while (i + 8 <= bytes.size() && (std::memcpy(&eight, bytes.data() + i, 8),
-                                                 (eight & 0x8080808080808080u) == 0)) {
+                while (i + 8 <= bytes.size() && EightAscii(bytes.data() + i)) {
                     i += 8;
                 }
                 if (i == bytes.size()) {
@@ -44,6 +42,12 @@ class Utf8Check {
     bool Complete() const { return valid_ && pending_ == 0; }
 
   private:
+    static bool EightAscii(const char* bytes) {
+        std::uint64_t eight = 0;
+        std::memcpy(&eight, bytes, sizeof eight);
+        return (eight & 0x8080808080808080u) == 0;
+    }
+
     // The ranges of well-formed UTF-8 (The Unicode Standard, table 3-7).
     void Step(unsigned char c) {
         if (pending_ > 0) {

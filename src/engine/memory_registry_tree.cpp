@@ -30,7 +30,7 @@ bool SameName(std::string_view stored, std::string_view name, std::string_view u
 }  // namespace
 
 std::uint32_t NameHash(std::string_view upper) {
-    const std::size_t hash = std::hash<std::string_view>{}(upper);
+    const std::uint64_t hash = std::hash<std::string_view>{}(upper);
     return static_cast<std::uint32_t>(hash ^ (hash >> 32));
 }
 

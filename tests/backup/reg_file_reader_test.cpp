@@ -102,6 +102,25 @@ TEST(RegFileReader, EveryEncodingAndLineEndGivesTheSameUtf8) {
     EXPECT_EQ(Import("REGEDIT4\n[HKCU\\\xC3\xA9]"), ansi_reading);
     EXPECT_EQ(Import(kV5 + "[HKCU\\\xC3\xA9]\n;" + std::string(100000, 'c') + "\xE9"),
               ansi_reading);
+    const struct {
+        std::string comment;
+        bool utf8;
+    } endings[] = {
+        {"\xE4\xB8\xAD", true},
+        {"\xF0\x9F\x98\x80", true},
+        {"\xEF\xBF\xBD", true},
+        {"\xC0\x80", false},
+        {"\xED\xA0\x80", false},
+        {"\xF4\x90\x80\x80", false},
+        {"\xE4\xB8", false},
+        {"\x80", false},
+        {"\xF8\x88\x80\x80\x80", false},
+    };
+    for (const auto& e : endings) {
+        EXPECT_EQ(Import(kV5 + "[HKCU\\\xC3\xA9]\n;" + e.comment),
+                  e.utf8 ? "HKEY_CURRENT_USER\\\\xc3\\xa9\n" : ansi_reading)
+            << testing::RenderBytes(e.comment);
+    }
     EXPECT_EQ(Import(Utf16File(kV5 + "[HKCU\\\xE4\xB8\xAD]")),
               "HKEY_CURRENT_USER\\\\xe4\\xb8\\xad\n");
 }

@@ -7,6 +7,7 @@
 
 #include "support/registry_dump.h"
 #include "support/registry_fixtures.h"
+#include "text/concat.h"
 #include "text/upper_case.h"
 
 namespace regvex {
@@ -263,13 +264,13 @@ TEST(MemoryRegistry, RefusesNamesAndDepthsThatWindowsRefusesAndThenCreatesNothin
         std::string path;
         RegStatus status;
     } creates[] = {
-        {"A\\" + std::string(255, 'k'), reg::kSuccess},
-        {"B\\" + std::string(256, 'k'), reg::kInvalidParameter},
-        {"C\\" + wide_name, reg::kInvalidParameter},
+        {text::Concat({"A\\", std::string(255, 'k')}), reg::kSuccess},
+        {text::Concat({"B\\", std::string(256, 'k')}), reg::kInvalidParameter},
+        {text::Concat({"C\\", wide_name}), reg::kInvalidParameter},
         {Levels(512), reg::kSuccess},
         {Levels(513), reg::kNoSystemResources},
-        {"E\\" + Levels(512), reg::kNoSystemResources},
-        {"F\\" + std::string(256, 'k') + "\\G", reg::kInvalidParameter},
+        {text::Concat({"E\\", Levels(512)}), reg::kNoSystemResources},
+        {text::Concat({"F\\", std::string(256, 'k'), "\\G"}), reg::kInvalidParameter},
         {"H\\\\I", reg::kFileNotFound},
     };
     MemoryRegistry registry;
@@ -297,16 +298,18 @@ TEST(MemoryRegistry, ManySubkeysAndValuesInAnyOrderAreFoundAndListedInOrder) {
     const int kCount = 300;
     const auto scrambled = [&](int i) { return (i * 7919) % kCount; };
     for (int i = 0; i < kCount; ++i) {
-        PutKey(registry, kHkeyCurrentUser, "P\\Key" + std::to_string(scrambled(i)));
-        PutString(registry, kHkeyCurrentUser, "P", "v" + std::to_string(scrambled(i)), "first");
+        PutKey(registry, kHkeyCurrentUser, text::Concat({"P\\Key", std::to_string(scrambled(i))}));
+        PutString(registry, kHkeyCurrentUser, "P",
+                  text::Concat({"v", std::to_string(scrambled(i))}), "first");
     }
     std::vector<std::string> kept_keys;
     for (int i = 0; i < kCount; ++i) {
         const std::string name = std::to_string(i);
         if (i % 3 == 0) {
-            EXPECT_EQ(registry.DeleteKeyTree(kHkeyCurrentUser, "p\\KEY" + name), reg::kSuccess);
+            EXPECT_EQ(registry.DeleteKeyTree(kHkeyCurrentUser, text::Concat({"p\\KEY", name})),
+                      reg::kSuccess);
         } else {
-            kept_keys.push_back("Key" + name);
+            kept_keys.push_back(text::Concat({"Key", name}));
         }
     }
     // Plain ASCII names: ordered as their upper-cased bytes.
@@ -320,12 +323,15 @@ TEST(MemoryRegistry, ManySubkeysAndValuesInAnyOrderAreFoundAndListedInOrder) {
     const std::vector<std::uint8_t> second{'2', 0};
     std::vector<std::string> expected_values;
     for (int i = 0; i < kCount; ++i) {
-        const std::string name = "v" + std::to_string(scrambled(i));
+        const std::string name = text::Concat({"v", std::to_string(scrambled(i))});
         if (scrambled(i) % 4 == 0) {
-            EXPECT_EQ(registry.DeleteValue(key.get(), "V" + name.substr(1)), reg::kSuccess);
+            EXPECT_EQ(registry.DeleteValue(key.get(), text::Concat({"V", name.substr(1)})),
+                      reg::kSuccess);
         } else {
-            EXPECT_EQ(registry.SetValue(key.get(), "V" + name.substr(1), reg::kSz, second), 0);
-            expected_values.push_back(name + "=2");
+            EXPECT_EQ(
+                registry.SetValue(key.get(), text::Concat({"V", name.substr(1)}), reg::kSz, second),
+                0);
+            expected_values.push_back(text::Concat({name, "=2"}));
         }
     }
     ASSERT_EQ(registry.SetValue(key.get(), "v0", reg::kSz, second), reg::kSuccess);
@@ -373,9 +379,9 @@ void ChangeEverything(MemoryRegistry& registry) {
 TEST(MemoryRegistry, AnUndoScopeTakesBackEveryChangeUnlessKept) {
     const auto build = [](MemoryRegistry& registry) {
         for (int i = 0; i < 20; ++i) {
-            const std::string number = (i < 10 ? "0" : "") + std::to_string(i);
-            PutString(registry, kHkeyCurrentUser, "Big\\k" + number, "v", number);
-            PutString(registry, kHkeyCurrentUser, "Big", "v" + number, number);
+            const std::string number = text::Concat({i < 10 ? "0" : "", std::to_string(i)});
+            PutString(registry, kHkeyCurrentUser, text::Concat({"Big\\k", number}), "v", number);
+            PutString(registry, kHkeyCurrentUser, "Big", text::Concat({"v", number}), number);
         }
         PutString(registry, kHkeyLocalMachine, "Old\\Deep\\Er", "x", "1");
     };
