@@ -89,8 +89,9 @@ void ValueDataToText(std::uint32_t type, std::span<const std::uint8_t> data, std
             // Cut at the first NUL: of a multi-string only the first string is left.
             const auto* bytes = reinterpret_cast<const char*>(data.data());
             const void* nul = std::memchr(bytes, 0, data.size());
-            out.assign(bytes, nul != nullptr ? static_cast<const char*>(nul) - bytes
-                                             : static_cast<std::ptrdiff_t>(data.size()));
+            out.assign(bytes, nul != nullptr
+                                  ? static_cast<std::size_t>(static_cast<const char*>(nul) - bytes)
+                                  : data.size());
             return;
         }
         case ValueTextKind::kBinary:
