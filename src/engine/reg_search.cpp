@@ -108,6 +108,12 @@ void cRegSearch::SearchKeys(RootKeyHandle root) {
             if (IsMatch(name)) {
                 events_.SearchFound(root_name, path_, kKeyNameValue, 0);
             }
+            // Nothing is left of a name that starts with a NUL (the native API can make
+            // such keys): its path names the key being walked, and descending would walk
+            // that key again without end.
+            if (name.empty()) {
+                continue;
+            }
             if ((search_flags_ & (search_flags::kValueNames | search_flags::kValueData)) != 0) {
                 SearchValues(root);
             }

@@ -159,6 +159,10 @@ TEST_F(RegSearchTest, KeysThatCannotBeOpenedWithFullAccessAreSkippedSilently) {
     PutString(registry, kHkeyLocalMachine, "Protected", "v", "C:\\protected.exe");
     PutString(registry, kHkeyLocalMachine, "Protected\\Below", "v", "C:\\below.exe");
     registry.DenyFullAccess(kHkeyLocalMachine, "Protected");
+    // Nothing is left of a name that starts with a NUL: the path names the parent instead.
+    using namespace std::string_literals;
+    PutString(registry, kHkeyLocalMachine, "\0Hidden"s, "v", "C:\\hidden.exe");
+    PutString(registry, kHkeyLocalMachine, "Open\\\0Hidden"s, "v", "C:\\hidden.exe");
 
     const auto found = Scan();
     ASSERT_EQ(found.size(), 1u);
