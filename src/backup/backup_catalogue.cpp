@@ -71,9 +71,11 @@ std::vector<std::string> BackupFileNames(FileSystem& files, const std::string& f
     for (std::string& name : names) {
         keyed.emplace_back(text::UpperCase(name), std::move(name));
     }
+    // Names that read alike in UTF-16 (malformed bytes all read as U+FFFD) are ordered by
+    // their bytes, so that the order stays a strict one.
     std::sort(keyed.begin(), keyed.end(), [](const auto& a, const auto& b) {
-        return text::CompareUtf16Order(a.first, b.first) < 0 ||
-               (a.first == b.first && a.second < b.second);
+        const int order = text::CompareUtf16Order(a.first, b.first);
+        return order != 0 ? order < 0 : a.second < b.second;
     });
     names.clear();
     for (auto& [key, name] : keyed) {

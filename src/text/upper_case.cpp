@@ -221,16 +221,25 @@ char32_t Utf16SortKey(char32_t code_point) {
 
 int CompareUtf16Order(std::string_view a, std::string_view b) {
     std::size_t i = CommonPrefixLength(a, b);
-    if (i == a.size() || i == b.size()) {
-        return a.size() == b.size() ? 0 : (i == a.size() ? -1 : 1);
+    const auto continues_at = [](std::string_view text, std::size_t at) {
+        return at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80;
+    };
+    // A byte that is no continuation byte starts a character, in either text, and the
+    // shared bytes before it decode alike in both: an end or an ASCII byte there settles
+    // the order. A continuation byte in one text only may complete a character there that
+    // the other text lacks ("\xDF" against "\xDF\x8F"), so the bytes cannot decide.
+    if (!continues_at(a, i) && !continues_at(b, i)) {
+        if (i == a.size() || i == b.size()) {
+            return a.size() == b.size() ? 0 : (i == a.size() ? -1 : 1);
+        }
+        const auto ca = static_cast<unsigned char>(a[i]);
+        const auto cb = static_cast<unsigned char>(b[i]);
+        if (ca < 0x80 && cb < 0x80) {
+            return ca < cb ? -1 : 1;
+        }
     }
-    const auto ca = static_cast<unsigned char>(a[i]);
-    const auto cb = static_cast<unsigned char>(b[i]);
-    if (ca < 0x80 && cb < 0x80) {
-        return ca < cb ? -1 : 1;
-    }
-    // Back to the start of the character that differs; everything before it is equal.
-    while (i > 0 && (static_cast<unsigned char>(a[i]) & 0xC0) == 0x80) {
+    // Back to the start of the character that differs in either text.
+    while (i > 0 && (continues_at(a, i) || continues_at(b, i))) {
         --i;
     }
     std::size_t j = i;

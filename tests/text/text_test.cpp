@@ -85,6 +85,10 @@ TEST(UpperCase, CompareUtf16OrderSortsAsWindowsSortsKeyNames) {
     // U+FF21 (BMP, above the surrogates) sorts after U+1F600 (a surrogate pair).
     EXPECT_GT(CompareUtf16Order("\xEF\xBC\xA1", "\xF0\x9F\x98\x80"), 0);
     EXPECT_LT(CompareUtf16Order("\xED\x9F\xBF", "\xF0\x9F\x98\x80"), 0);  // U+D7FF first
+    // Malformed bytes read as U+FFFD, after U+07CF and U+00E9 that share their bytes.
+    EXPECT_GT(CompareUtf16Order("\xDF", "\xDF\x8F"), 0);
+    EXPECT_GT(CompareUtf16Order("\xC3\x41", "\xC3\xA9"), 0);  // U+FFFD A after U+00E9
+    EXPECT_EQ(CompareUtf16Order("\xC3", "\xC4"), 0);
 }
 
 TEST(Utf8, RoundTripsThroughUtf16AndCountsUnits) {
