@@ -1,0 +1,73 @@
+// The export-file reader on any bytes, then the program's scan over what it read: a file
+// is either refused with a message, or gives a registry that the scan walks to its end.
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "backup/reg_file_reader.h"
+#include "engine/memory_registry.h"
+#include "engine/path_exists.h"
+#include "engine/reg_search.h"
+#include "scan/finding_verdict.h"
+
+namespace {
+
+using namespace regvex;
+
+// Answers that depend on the path alone, so that a finding can go either way.
+class HalfTheFiles final : public FileExistence {
+  public:
+    int Check(const std::string& path) override { return path.size() % 2 == 0 ? 1 : 0; }
+};
+
+// The scan's own handler: every match goes through the verdict, as in the program.
+class VerdictEvents final : public SearchEvents {
+  public:
+    explicit VerdictEvents(const FindingRules& rules) : rules_(rules) {}
+    void SearchFound(std::string_view sRootKey, std::string_view sKey, std::string_view sValue,
+                     std::int32_t lFound) override {
+        if (sRootKey.empty() || lFound < 0 || lFound > 2) {
+            __builtin_trap();
+        }
+        IsListedFinding(rules_, sKey, sValue);
+    }
+    void SearchFinished(std::int32_t lReason) override { reason = lReason; }
+
+    std::int32_t reason = -1;
+
+  private:
+    const FindingRules& rules_;
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static const text::Windows1252CodePage ansi;
+    const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+    MemoryRegistry registry(ansi);
+    if (const auto error = ImportRegText(bytes, registry, ansi)) {
+        if (error->message.empty()) {
+            __builtin_trap();  // a refusal that does not say why
+        }
+        return 0;
+    }
+
+    HalfTheFiles files;
+    const std::string ignore_entries[] = {"IGNORED", "SOFTWARE\\KEPT"};
+    const FindingRules rules{"C:\\", &files, ignore_entries, false};
+    QuietSearchHost host;
+    VerdictEvents events(rules);
+    cRegSearch search(registry, host, events, reg::kKeyAllAccess);
+    search.RootKey(kHkeyAll);
+    search.SubKey("");
+    search.SearchFlags(search_flags::kValueNames | search_flags::kValueData);
+    search.SearchString("C:\\");
+    search.DoSearch();
+    // Nothing in a registry held in memory can end the walk early or keep a key open.
+    if (events.reason != 0 || registry.OpenHandleCount() != 0) {
+        __builtin_trap();
+    }
+    return 0;
+}
