@@ -12,6 +12,7 @@
 #include "ui/gdi_win32.h"
 #include "ui/modal_message_dialogs_win32.h"
 #include "ui/startup_win32.h"
+#include "ui/win32_controls_win32.h"
 
 namespace regvex::ui {
 
@@ -68,17 +69,6 @@ std::string_view DesignText(int id) {
     }
 }
 
-std::string WindowText(HWND window) {
-    const int length = GetWindowTextLengthW(window);
-    if (length <= 0) {
-        return {};
-    }
-    std::wstring text(static_cast<std::size_t>(length) + 1, L'\0');
-    const int copied = GetWindowTextW(window, text.data(), length + 1);
-    text.resize(static_cast<std::size_t>(copied > 0 ? copied : 0));
-    return text::FromWide(text);
-}
-
 void SetWindowTextUtf8(HWND window, std::string_view text) {
     SetWindowTextW(window, text::ToWide(text).c_str());
 }
@@ -95,7 +85,7 @@ int ScreenDpi() {
 class WinCaption final : public Captioned {
   public:
     explicit WinCaption(HWND window) : window_(window) {}
-    std::string Caption() const override { return WindowText(window_); }
+    std::string Caption() const override { return WindowTextOf(window_); }
     void SetCaption(std::string_view caption) override { SetWindowTextUtf8(window_, caption); }
 
   private:
@@ -105,7 +95,7 @@ class WinCaption final : public Captioned {
 class WinForm final : public Window {
   public:
     explicit WinForm(HWND window) : window_(window) {}
-    std::string Caption() const override { return WindowText(window_); }
+    std::string Caption() const override { return WindowTextOf(window_); }
     void SetCaption(std::string_view caption) override { SetWindowTextUtf8(window_, caption); }
     bool IsMinimized() const override { return IsIconic(window_) != FALSE; }
     void Activate() override {
@@ -121,7 +111,7 @@ class WinForm final : public Window {
 class WinTextBox final : public TextBox {
   public:
     explicit WinTextBox(HWND edit) : edit_(edit) {}
-    std::string Text() const override { return WindowText(edit_); }
+    std::string Text() const override { return WindowTextOf(edit_); }
     void SetText(std::string_view text) override { SetWindowTextUtf8(edit_, text); }
     void SetFocus() override {
         // A control of a hidden window cannot take the focus; the caller goes on.
@@ -210,10 +200,8 @@ class WinMenuItem final : public MenuItem {
     WinMenuItem(HWND window, HMENU menu, UINT item, bool by_position)
         : window_(window), menu_(menu), item_(item), by_position_(by_position) {}
     std::string Caption() const override {
-        wchar_t text[256] = {};
-        GetMenuStringW(menu_, item_, text, 256,
-                       static_cast<UINT>(by_position_ ? MF_BYPOSITION : MF_BYCOMMAND));
-        return text::FromWide(text);
+        return MenuItemCaption(menu_, item_,
+                               static_cast<UINT>(by_position_ ? MF_BYPOSITION : MF_BYCOMMAND));
     }
     void SetCaption(std::string_view caption) override {
         std::wstring wide = text::ToWide(caption);

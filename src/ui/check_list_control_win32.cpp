@@ -13,6 +13,11 @@ namespace {
 // Space a list view leaves around a text in a column.
 constexpr int kColumnPadding = 16;
 constexpr UINT kRedrawInterval = 500;
+// Most cells fit the first read; a longer one is read again into a buffer that fits it.
+constexpr std::size_t kFirstReadLength = 1024;
+// Far beyond any registry path or value text; a list that keeps filling the buffer stops
+// being asked there.
+constexpr std::size_t kLongestRead = std::size_t{1} << 22;
 
 }  // namespace
 
@@ -133,15 +138,27 @@ void CheckListControl::Clear() {
 }
 
 std::string CheckListControl::Text(int row, int column) const {
-    std::wstring text(1024, L'\0');
-    LVITEMW item{};
-    item.iSubItem = column;
-    item.pszText = text.data();
-    item.cchTextMax = static_cast<int>(text.size());
-    const auto length = SendMessageW(list_, LVM_GETITEMTEXTW, static_cast<WPARAM>(row),
-                                     reinterpret_cast<LPARAM>(&item));
-    text.resize(static_cast<std::size_t>(length));
-    return text::FromWide(text);
+    // The list copies what fits and answers the length copied: a text that filled the
+    // buffer may have been cut, so it is read again with room to spare.
+    std::wstring buffer(kFirstReadLength, L'\0');
+    for (;;) {
+        LVITEMW item{};
+        item.iSubItem = column;
+        item.pszText = buffer.data();
+        item.cchTextMax = static_cast<int>(buffer.size());
+        const auto length = SendMessageW(list_, LVM_GETITEMTEXTW, static_cast<WPARAM>(row),
+                                         reinterpret_cast<LPARAM>(&item));
+        if (length <= 0 || item.pszText == nullptr) {
+            return {};
+        }
+        const auto copied = static_cast<std::size_t>(length);
+        // A list that answers with a text of its own has given it whole.
+        if (item.pszText != buffer.data() || copied + 1 < buffer.size() ||
+            buffer.size() >= kLongestRead) {
+            return text::FromWide(std::wstring_view(item.pszText, copied));
+        }
+        buffer.assign(buffer.size() * 4, L'\0');
+    }
 }
 
 void CheckListControl::SetText(int row, int column, std::string_view text) {

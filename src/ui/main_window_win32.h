@@ -50,6 +50,7 @@ class MainWindow final : public MainView {
     HWND hwnd() const { return window_; }
     frmMain& form() { return *form_; }
     CheckListView& results() { return errors_; }
+    CheckListView& backups() { return backups_; }
     // Sees every queued message before it is dispatched; never consumes one.
     void PreTranslateMessage(const MSG& message) const;
 

@@ -8,19 +8,30 @@
 
 namespace regvex::ui {
 
-namespace {
-
-std::string TextOf(HWND window) {
+std::string WindowTextOf(HWND window) {
     const int length = GetWindowTextLengthW(window);
+    if (length <= 0) {
+        return {};
+    }
     std::wstring text(static_cast<std::size_t>(length) + 1, L'\0');
-    text.resize(static_cast<std::size_t>(GetWindowTextW(window, text.data(), length + 1)));
+    const int copied = GetWindowTextW(window, text.data(), length + 1);
+    text.resize(static_cast<std::size_t>(copied > 0 ? copied : 0));
     return text::FromWide(text);
 }
 
-}  // namespace
+std::string MenuItemCaption(HMENU menu, UINT item, UINT flags) {
+    const int length = GetMenuStringW(menu, item, nullptr, 0, flags);
+    if (length <= 0) {
+        return {};
+    }
+    std::wstring text(static_cast<std::size_t>(length) + 1, L'\0');
+    const int copied = GetMenuStringW(menu, item, text.data(), length + 1, flags);
+    text.resize(static_cast<std::size_t>(copied > 0 ? copied : 0));
+    return text::FromWide(text);
+}
 
 std::string WindowText::Caption() const {
-    return TextOf(window_);
+    return WindowTextOf(window_);
 }
 
 void WindowText::SetCaption(std::string_view caption) {
@@ -37,9 +48,7 @@ void FormWindow::Activate() {
 }
 
 std::string MenuItemText::Caption() const {
-    wchar_t text[256] = {};
-    GetMenuStringW(menu_, id_, text, 256, MF_BYCOMMAND);
-    return text::FromWide(text);
+    return MenuItemCaption(menu_, id_, MF_BYCOMMAND);
 }
 
 void MenuItemText::SetCaption(std::string_view caption) {

@@ -11,6 +11,13 @@
 
 namespace regvex::ui {
 
+// The whole text of a window, however long.
+std::string WindowTextOf(HWND window);
+
+// A menu item's caption, however long; `flags` says whether `item` is a position or an
+// identifier (MF_BYPOSITION, MF_BYCOMMAND).
+std::string MenuItemCaption(HMENU menu, UINT item, UINT flags);
+
 // The text of a window: labels, buttons, frames, the form itself.
 class WindowText : public Captioned {
   public:
@@ -32,6 +39,7 @@ class FormWindow final : public Window {
     void SetCaption(std::string_view caption) override { text_.SetCaption(caption); }
     bool IsMinimized() const override;
     void Activate() override;
+    ThrottledText& caption() { return text_; }
 
   private:
     ThrottledText text_;

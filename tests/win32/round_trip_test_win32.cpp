@@ -1,21 +1,35 @@
 // Fix and restore with the real system under Wine: the program's code scans a tree of
 // hard texts, backs up and deletes its findings, and the real Registry Editor imports the
-// backups again. Every value must come back exactly as it was.
+// backups again. Every value must come back exactly as it was, also when its texts are
+// far longer than a list cell is usually read with, in the program's real window.
 
 #include <windows.h>
 
+#include <commctrl.h>
 #include <gtest/gtest.h>
+
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
 
 #include "backup/backup_file.h"
 #include "engine/file_existence_win32.h"
 #include "engine/win32_registry_win32.h"
+#include "ignore/frm_ignore.h"
+#include "ignore/frm_ignore_win32.h"
 #include "round_trip/round_trip_tree.h"
 #include "system/process_win32.h"
 #include "system/system_info_win32.h"
 #include "test_support_win32.h"
 #include "text/ansi_code_page_win32.h"
+#include "text/upper_case.h"
+#include "ui/disk_text_files.h"
+#include "ui/main_menus_win32.h"
 #include "ui/main_window_fakes.h"
+#include "ui/main_window_win32.h"
 #include "ui/platform_services_win32.h"
+#include "ui/startup_win32.h"
 
 namespace regvex::testing {
 namespace {
@@ -122,6 +136,156 @@ TEST(RoundTrip, FixedValuesComeBackExactlyThroughTheRegistryEditor) {
     }
     RemoveDirectoryW(text::ToWide(backups).c_str());
     DeleteTree(root);
+}
+
+// The program's real main window and ignore-list window over the real system; only the
+// message boxes are answered by the test, and the Registry Editor is not shown.
+struct RealWindowRig {
+    RealWindowRig() {
+        ui::InitCommonControlsSafe();
+        state.masks = KeyMasksFor(Is64BitWindows(system));
+        processes.on_run = [this](const std::string& command_line) {
+            system_processes.RunAndWait(command_line);
+        };
+        window = std::make_unique<ui::MainWindow>(
+            ui::MainWindowServices{
+                dialogs, clock, pump, shell, screen, system, registry, files, redirection, disk,
+                processes, code_page, ignore,
+                [this] { ui::AddToIgnore_Click(window->results(), ignore, state); },
+                [this] { ui::AddSubkeyToIgnore_Click(window->results(), ignore, state); }},
+            state);
+    }
+    ~RealWindowRig() { window.reset(); }
+
+    void Command(UINT id) const { SendMessageW(window->hwnd(), WM_COMMAND, id, 0); }
+
+    ScriptedDialogs dialogs;
+    ui::Win32Clock clock;
+    ui::Win32MessagePump pump;
+    RecordingShell shell;
+    ui::Win32Screen screen;
+    Win32SystemInfo system;
+    Win32Registry registry;
+    Win32FileExistence files;
+    Win32FileSystemRedirection redirection;
+    DiskFileSystem disk;
+    Win32ProcessLauncher system_processes;
+    RecordingProcesses processes;
+    text::SystemAnsiCodePage code_page;
+    ui::DiskTextFiles text_files;
+    ui::ProgramState state;
+    ui::Win32IgnoreWindow ignore{{dialogs, text_files, code_page, state,
+                                  [this] { return window ? window->hwnd() : nullptr; }, [] {}}};
+    std::unique_ptr<ui::MainWindow> window;
+};
+
+std::string Below255(char level) {
+    std::string name = std::string("Level ") + level + " ";
+    while (name.size() < 240) {
+        name += "of a deep key - ";
+    }
+    return name.substr(0, 240);
+}
+
+std::string ReadFileBytes(const std::string& path) {
+    std::string bytes;
+    if (FILE* file = _wfopen(text::ToWide(path).c_str(), L"rb")) {
+        char buffer[4096];
+        for (std::size_t n; (n = std::fread(buffer, 1, sizeof(buffer), file)) > 0;) {
+            bytes.append(buffer, n);
+        }
+        std::fclose(file);
+    }
+    return bytes;
+}
+
+TEST(RoundTrip, LongTextsGoThroughTheRealWindowWhole) {
+    TestKey root;
+    TempFolder folder;
+    // Five levels of 240 characters: a subkey path of over 1,200 characters.
+    std::string key = root.path();
+    for (const char level : {'1', '2', '3', '4', '5'}) {
+        key += "\\" + Below255(level);
+    }
+    std::string data = "\"C:\\Gone";
+    while (data.size() < 3986) {
+        data += "\\folder \"quoted\" \\\\ twice";
+    }
+    data = data.substr(0, 3986) + "\\app.exe\" /run";
+    ASSERT_EQ(data.size(), 4000u);
+    const std::string subkey = key + "\\long value";
+    ASSERT_GT(subkey.size(), 1100u);
+
+    RealWindowRig rig;
+    rig.state.program_folder = folder.path();
+    {
+        ScopedKey made;
+        ASSERT_EQ(ScopedKey::Create(rig.registry, kHkeyCurrentUser, key, reg::kKeyAllAccess, made),
+                  reg::kSuccess);
+        ASSERT_EQ(rig.registry.SetValue(made.get(), "long value", reg::kSz, Bytes(data + '\0')),
+                  reg::kSuccess);
+    }
+    const auto before = bench::Snapshot(rig.registry, root.path());
+    ASSERT_EQ(before.size(), 1u);
+    const std::string regedit_key =
+        "Software\\Microsoft\\Windows\\CurrentVersion\\Applets\\Regedit";
+    {
+        // The Registry Editor's own key, as it leaves it once it has run.
+        UniqueHkey made;
+        RegCreateKeyW(HKEY_CURRENT_USER, text::ToWide(regedit_key).c_str(), made.put());
+    }
+
+    ASSERT_TRUE(rig.window->Create(SW_SHOWNORMAL));
+    rig.window->form().cmdStartStop_Click();
+    ui::CheckListView& results = rig.window->results();
+    int mine = -1;
+    for (int row = 0; row < results.RowCount(); ++row) {
+        if (results.Text(row, 2).rfind(root.path() + "\\", 0) == 0) {
+            ASSERT_EQ(mine, -1) << "listed twice";
+            mine = row;
+        }
+    }
+    ASSERT_GE(mine, 0);
+    EXPECT_EQ((std::vector<std::string>{results.Text(mine, 0), results.Text(mine, 1),
+                                        results.Text(mine, 2), results.Text(mine, 3)}),
+              (std::vector<std::string>{"Invalid Entry", "HKEY_CURRENT_USER", subkey, data}));
+
+    // The context menu's commands read the selected row.
+    const HWND list = GetDlgItem(rig.window->hwnd(), ui::kErrorsList);
+    ListView_SetItemState(list, mine, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
+    rig.Command(ui::kMenuAddSubkeyToIgnore);
+    rig.Command(ui::kMenuAddToIgnore);
+    const std::string ignore_file = folder.path() + "\\Ignore.txt";
+    EXPECT_EQ(ReadFileBytes(ignore_file),
+              text::UpperCase(subkey) + "\r\n" + text::UpperCase(data) + "\r\n");
+    rig.ignore.Unload();
+    DeleteFileW(text::ToWide(ignore_file).c_str());
+    rig.Command(ui::kMenuRegeditView);
+    wchar_t last_key[4096] = {};
+    DWORD size = sizeof(last_key);
+    EXPECT_EQ(RegGetValueW(HKEY_CURRENT_USER, text::ToWide(regedit_key).c_str(), L"LastKey",
+                           RRF_RT_REG_SZ, nullptr, last_key, &size),
+              ERROR_SUCCESS);
+    EXPECT_EQ(text::FromWide(last_key), "Computer\\HKEY_CURRENT_USER\\" + key);
+
+    for (int row = 0; row < results.RowCount(); ++row) {
+        results.SetChecked(row, row == mine);
+    }
+    rig.window->form().mnuFix_Click();
+    EXPECT_EQ(results.Text(mine, 0), "Deleted");
+    EXPECT_TRUE(bench::Snapshot(rig.registry, root.path()).empty());
+
+    rig.window->form().LoadBackupList();
+    ui::CheckListView& backups = rig.window->backups();
+    ASSERT_EQ(backups.RowCount(), 1);
+    backups.SetChecked(0, true);
+    rig.window->form().Command1_Click();
+    EXPECT_EQ(bench::Snapshot(rig.registry, root.path()), before);
+    EXPECT_EQ(rig.processes.waited.size(), 1u);
+
+    const std::string backups_folder = backup::BackupsFolder(folder.path());
+    DeleteFileW(text::ToWide(backups_folder + "\\" + backups.Tag(0)).c_str());
+    RemoveDirectoryW(text::ToWide(backups_folder).c_str());
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // The view pieces a scan leans on: texts that are shown less often than they are set,
-// and a results list whose columns follow the widest text added.
+// and a results list whose columns follow the widest text added and whose cells read
+// back whole.
 
 #include <windows.h>
 
@@ -8,6 +9,7 @@
 
 #include <string>
 
+#include "text/utf8.h"
 #include "text/wide_text_win32.h"
 #include "ui/check_list_control_win32.h"
 #include "ui/gdi_win32.h"
@@ -129,6 +131,47 @@ TEST_F(ViewControlsTest, ColumnsGrowToTheWidestTextAndRowsKeepTheirTexts) {
 
     results.Clear();
     EXPECT_EQ(results.RowCount(), 0);
+}
+
+// `length` UTF-16 units of path-like text, with quotes, accents, a euro sign and a
+// character that takes two units; `mark` starts it, so every column differs.
+std::string LongText(std::size_t length, char mark) {
+    static const std::string kPieces[] = {
+        "\\", "Dir", " ", "\"", "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9D\x84\x9E"};
+    std::string text;
+    std::size_t units = 0;
+    for (std::size_t i = 0; units < length; ++i) {
+        const std::string& piece = units == 0 ? std::string(1, mark) : kPieces[i % 7];
+        const std::size_t piece_units = text::Utf16Length(piece);
+        text += units + piece_units <= length ? piece : std::string("x");
+        units += units + piece_units <= length ? piece_units : 1;
+    }
+    return text;
+}
+
+TEST_F(ViewControlsTest, EveryColumnOfALongRowReadsBackWhole) {
+    const HWND list = Child(WC_LISTVIEWW, LVS_REPORT);
+    ListView_SetExtendedListViewStyle(list, LVS_EX_CHECKBOXES);
+    CheckListControl results;
+    results.Attach(list, nullptr);
+    for (const char* caption : {"Status", "RootKey", "SubKey", "Value"}) {
+        results.AddColumn({caption, "", ""});
+    }
+    // Around the length that one read takes, and well beyond it.
+    const std::size_t lengths[] = {0, 1, 1022, 1023, 1024, 1025, 2047, 4000, 12300};
+    for (const std::size_t length : lengths) {
+        const std::vector<std::string> texts = {LongText(length, 'S'), LongText(length + 1, 'R'),
+                                                LongText(length, 'K'), LongText(length, 'V')};
+        results.AddRow(texts);
+        const int row = results.RowCount() - 1;
+        for (int column = 0; column < 4; ++column) {
+            EXPECT_EQ(results.Text(row, column), texts[static_cast<std::size_t>(column)])
+                << length << " in column " << column;
+        }
+        const std::string status = LongText(length, 'D');
+        results.SetText(row, 0, status);
+        EXPECT_EQ(results.Text(row, 0), status) << length;
+    }
 }
 
 }  // namespace
