@@ -4,10 +4,10 @@
 #include <exception>
 #include <utility>
 
+#include "engine/run_time_error.h"
 #include "ignore/ignore_list.h"
 #include "text/upper_case.h"
 #include "text/utf8.h"
-#include "ui/program_version.h"
 
 namespace regvex::ui {
 
@@ -21,6 +21,10 @@ void ResumeNext(Statement&& statement) {
         std::forward<Statement>(statement)();
     } catch (const std::exception&) {
     }
+}
+
+RunTimeError FileAccessError() {
+    return RunTimeError(kPathFileAccessError, std::string(kPathFileAccessErrorText));
 }
 
 constexpr int kSubkeyColumn = 2;
@@ -62,10 +66,6 @@ void RemoveListDuplicates(ListBox& list) {
     });
 }
 
-std::string RunTimeErrorText(int number, std::string_view description) {
-    return "Run-time error '" + std::to_string(number) + "':\n" + std::string(description);
-}
-
 frmIgnore::frmIgnore(IgnoreControls controls, IgnoreServices services)
     : c_(controls),
       s_(std::move(services)),
@@ -93,7 +93,7 @@ void frmIgnore::Form_Load() {
         }
     } else {
         // The window still opens, with an empty list, so the user can see and fix it.
-        ShowRunTimeError(kPathFileAccessError, kPathFileAccessErrorText);
+        ShowRunTimeError(s_.dialogs, s_.state.theme, FileAccessError());
     }
 
     RemoveListDuplicates(c_.lstIgnore);
@@ -165,7 +165,7 @@ void frmIgnore::cmdApply_Click() {
     const std::vector<std::string> entries = Entries();
     if (!s_.files.Write(IgnoreFile(), IgnoreFileBytes(entries, s_.code_page))) {
         // The list stays as it is, so nothing typed is lost and Apply can be tried again.
-        ShowRunTimeError(kPathFileAccessError, kPathFileAccessErrorText);
+        throw FileAccessError();
     }
 }
 
@@ -212,11 +212,6 @@ std::vector<std::string> frmIgnore::Entries() const {
 
 void frmIgnore::Message(std::string_view prompt) {
     ShowMessage(s_.dialogs, s_.state.theme, prompt, mb::kOkOnly | mb::kExclamation, "");
-}
-
-void frmIgnore::ShowRunTimeError(int number, std::string_view description) {
-    s_.dialogs.MsgBox(RunTimeErrorText(number, description), mb::kOkOnly | mb::kCritical,
-                      kProductName);
 }
 
 void AddToIgnore_Click(const CheckListView& lvwRegErrors, IgnoreWindow& ignore,

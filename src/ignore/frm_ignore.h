@@ -84,10 +84,6 @@ struct IgnoreServices {
 // the order is kept.
 void RemoveListDuplicates(ListBox& list);
 
-// The message that stands in for a run-time error the platform would have shown:
-// "Run-time error '75':" and the error's description on the next line.
-std::string RunTimeErrorText(int number, std::string_view description);
-
 class frmIgnore {
   public:
     frmIgnore(IgnoreControls controls, IgnoreServices services);
@@ -100,6 +96,8 @@ class frmIgnore {
 
     void cmdAdd_Click();
     void cmdRemove_Click();
+    // No handler of its own: a file that cannot be written raises run-time error 75 to
+    // the caller, and the list stays as it is.
     void cmdApply_Click();
 
     // x and y in twips from the list's top left corner; shift: 1 shift, 2 ctrl, 4 alt.
@@ -118,7 +116,6 @@ class frmIgnore {
 
   private:
     void Message(std::string_view prompt);
-    void ShowRunTimeError(int number, std::string_view description);
 
     IgnoreControls c_;
     IgnoreServices s_;

@@ -25,6 +25,7 @@ constexpr wchar_t kWindowClass[] = L"RegvexlorIgnoreList";
 constexpr int kDesignDpi = 96;
 constexpr SIZE kDesignClient{376, 318};
 constexpr int kDesignFontHeight = -11;  // 8 points at 96 dpi
+constexpr wchar_t kWindowFont[] = L"Tahoma";
 
 struct Place {
     int id;
@@ -393,10 +394,10 @@ void Win32IgnoreWindow::Load() {
         throw std::runtime_error("the ignore-list window could not be made");
     }
 
-    const std::wstring face = text::ToWide(deps_.state.interface_font);
+    // Tahoma as designed, whatever font the main window took for the system it runs on.
     UniqueFont font(CreateFontW(kDesignFontHeight, 0, 0, 0, FW_NORMAL, FALSE, FALSE, FALSE,
                                 DEFAULT_CHARSET, OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS,
-                                DEFAULT_QUALITY, DEFAULT_PITCH | FF_SWISS, face.c_str()));
+                                DEFAULT_QUALITY, DEFAULT_PITCH | FF_SWISS, kWindowFont));
     for (const Place& place : kPlaces) {
         const HWND control = CreateWindowExW(
             place.ex_style, place.window_class, text::ToWide(DesignText(place.id)).c_str(),
@@ -461,9 +462,13 @@ void Win32IgnoreWindow::RunHandler(const std::function<void()>& handler) {
     ++busy_;
     try {
         handler();
-    } catch (const std::exception&) {
-        // Nothing may unwind into the system's window procedures; the handlers go on past
-        // their own failures, and what is left of one is dropped here.
+    } catch (const std::exception& error) {
+        // Nothing may unwind into the system's window procedures. A handler that lets an
+        // error go (Apply, on a file that cannot be written) has it shown here as any
+        // run-time error that nothing handles, and the window stays as it was.
+        ShowRunTimeError(loaded_ != nullptr ? static_cast<MessageDialogs&>(loaded_->modal_dialogs)
+                                            : deps_.dialogs,
+                         deps_.state.theme, error);
     }
     if (--busy_ == 0 && unload_pending_) {
         Unload();

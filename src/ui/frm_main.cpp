@@ -124,7 +124,7 @@ void frmMain::TaskPane_ItemClick(std::string_view key) {
         try {
             LoadBackupList();
         } catch (const std::exception& error) {
-            ReportRunTimeError(error);
+            ShowRunTimeError(s_.dialogs, state_.theme, error);
         }
         s_.view.BringToFront(MainView::Panel::kBackups);
     } else if (key == "IGNORE") {

@@ -165,8 +165,6 @@ class frmMain final : private SearchHost, private SearchEvents {
     void AutoSizeListColumns(CheckListView& list);
     void ShowHelp();
     int Message(std::string_view prompt, int style, std::string_view title);
-    // What a failing command shows instead of ending the program.
-    void ReportRunTimeError(const std::exception& error);
     bool EnsureBackupsFolder();
 
     MainControls c_;

@@ -36,12 +36,6 @@ std::string DateTextOrNothing(std::string_view file_name) {
 
 }  // namespace
 
-void frmMain::ReportRunTimeError(const std::exception& error) {
-    Message(text::Concat(
-                {"Run-time error '", std::to_string(ErrorNumberOf(error)), "':\n\n", error.what()}),
-            mb::kCritical, kProductName);
-}
-
 bool frmMain::EnsureBackupsFolder() {
     const std::string folder = backup::BackupsFolder(state_.program_folder);
     return s_.disk.Exists(folder) || s_.disk.CreateFolder(folder);

@@ -3,6 +3,7 @@
 // real; tests script them (answer message boxes, move the clock, count pumps).
 
 #include <cstdint>
+#include <exception>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -58,6 +59,13 @@ class MessageDialogs {
 // The program's way of showing every message: black text on the theme colour.
 int ShowMessage(MessageDialogs& dialogs, ColorRef theme, std::string_view prompt, int style,
                 std::string_view title);
+
+// A run-time error that no handler of the program catches, as the user sees it:
+// "Run-time error '75':", an empty line and what went wrong.
+std::string RunTimeErrorText(int number, std::string_view description);
+// Shows such an error in a critical box titled with the program's name; the program goes
+// on, with everything the user had.
+void ShowRunTimeError(MessageDialogs& dialogs, ColorRef theme, const std::exception& error);
 
 class Clock {
   public:

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/run_time_error.h"
 #include "ignore/ignore_window.h"
 #include "support/memory_controls.h"
 #include "support/scripted_services.h"
@@ -144,7 +145,7 @@ TEST(FrmIgnoreLoad, AFileThatCannotBeMadeOrReadIsReportedAndTheListStaysEmpty) {
         f->code->Form_Load();
         EXPECT_TRUE(f->list.items.empty());
         ASSERT_EQ(f->dialogs.shown.size(), 1u);
-        EXPECT_EQ(f->dialogs.shown[0].prompt, "Run-time error '75':\nPath/File access error");
+        EXPECT_EQ(f->dialogs.shown[0].prompt, "Run-time error '75':\n\nPath/File access error");
         EXPECT_EQ(f->dialogs.shown[0].style, mb::kCritical);
         EXPECT_EQ(f->dialogs.shown[0].title, kProductName);
         EXPECT_EQ(f->resizes, 1);
@@ -276,14 +277,20 @@ TEST(FrmIgnoreApply, WritesTheListByteForByte) {
     }
 }
 
-TEST(FrmIgnoreApply, AFileThatCannotBeWrittenIsReportedAndNothingIsLost) {
+TEST(FrmIgnoreApply, AFileThatCannotBeWrittenRaisesError75ToTheCallerAndNothingIsLost) {
     IgnoreForm f;
     f.FileHolds("OLD\r\n");
     f.files.files.read_only[kFile] = true;
     f.list.items = {"OLD", "NEW"};
-    f.code->cmdApply_Click();
-    ASSERT_EQ(f.dialogs.shown.size(), 1u);
-    EXPECT_EQ(f.dialogs.shown[0].prompt, "Run-time error '75':\nPath/File access error");
+    try {
+        f.code->cmdApply_Click();
+        ADD_FAILURE() << "no error raised";
+    } catch (const RunTimeError& error) {
+        EXPECT_EQ(error.number(), 75);
+        EXPECT_EQ(RunTimeErrorText(error.number(), error.what()),
+                  "Run-time error '75':\n\nPath/File access error");
+    }
+    EXPECT_TRUE(f.dialogs.shown.empty());
     EXPECT_EQ(f.File(), "OLD\r\n");
     EXPECT_EQ(f.list.items, (Lines{"OLD", "NEW"}));
 
@@ -489,6 +496,18 @@ TEST(AddFromResults, WithoutASelectedRowTheEditorAsksForTextAndTheFileIsRewritte
     EXPECT_EQ(f.Prompts(), (Lines{std::string(kEnterStringMessage)}));
     EXPECT_EQ(f.files.writes, 1);
     EXPECT_EQ(f.File(), "TEMP\r\nOLD\r\n");
+    EXPECT_EQ(f.state.pending_ignore, "");
+}
+
+TEST(AddFromResults, AFileThatCannotBeWrittenIsPassedOverWithoutAMessage) {
+    IgnoreForm f;
+    f.FileHolds("TEMP\r\n");
+    f.files.files.read_only[kFile] = true;
+    MemoryIgnoreWindow window(f);
+    AddSubkeyToIgnore_Click(ResultsWithOneRow(0), window, f.state);
+    EXPECT_TRUE(f.dialogs.shown.empty());
+    EXPECT_EQ(f.list.items, (Lines{"TEMP", "SOFTWARE\\OLDAPP\\PATH"}));
+    EXPECT_EQ(f.File(), "TEMP\r\n");
     EXPECT_EQ(f.state.pending_ignore, "");
 }
 

@@ -96,6 +96,8 @@ class IgnoreWindowTest : public ::testing::Test {
     IgnoreWindowTest() {
         state.program_folder = folder.path();
         state.theme = Rgb(212, 208, 200);
+        // The main window's font on Windows Vista and later; this window keeps its own.
+        state.interface_font = "Segoe UI";
         owner.Reset(CreateWindowExW(0, L"STATIC", L"Main window stand-in", WS_OVERLAPPEDWINDOW, 40,
                                     40, 640, 480, nullptr, nullptr, GetModuleHandleW(nullptr),
                                     nullptr));
@@ -233,6 +235,27 @@ TEST_F(IgnoreWindowTest, AnEntryTypedAndAddedIsWrittenByApplyChanges) {
     Click(kIdCmdApply);
     EXPECT_EQ(ReadBytes(IgnoreFile()), "OLD\r\nC:\\PROGRAM FILES\\OLDAPP\r\n");
     EXPECT_TRUE(dialogs.prompts.empty());
+
+    // A file that cannot be written: the button shows the run-time error over the disabled
+    // window, and the list keeps what was typed.
+    {
+        // Held open without sharing, as another program may hold it.
+        const UniqueHandle busy(CreateFileW(text::ToWide(IgnoreFile()).c_str(), GENERIC_READ, 0,
+                                            nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL,
+                                            nullptr));
+        ASSERT_TRUE(busy);
+        dialogs.watched = window->Handle();
+        Type("kept");
+        Click(kIdCmdAdd);
+        Click(kIdCmdApply);
+    }
+    EXPECT_EQ(dialogs.prompts,
+              (std::vector<std::string>{"Run-time error '75':\n\nPath/File access error"}));
+    EXPECT_EQ(dialogs.styles, (std::vector<int>{mb::kCritical}));
+    EXPECT_EQ(dialogs.boxes_over_enabled_window, 0);
+    EXPECT_EQ(ListItems(), (std::vector<std::string>{"OLD", "C:\\PROGRAM FILES\\OLDAPP", "KEPT"}));
+    EXPECT_EQ(ReadBytes(IgnoreFile()), "OLD\r\nC:\\PROGRAM FILES\\OLDAPP\r\n");
+    EXPECT_TRUE(IsWindowVisible(window->Handle()));
 }
 
 TEST_F(IgnoreWindowTest, TheFileIsInTheAnsiCodePage) {
