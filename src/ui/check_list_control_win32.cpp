@@ -12,7 +12,7 @@ namespace {
 
 // Space a list view leaves around a text in a column.
 constexpr int kColumnPadding = 16;
-constexpr UINT kRedrawInterval = 500;
+constexpr ULONGLONG kRedrawInterval = 500;
 // Most cells fit the first read; a longer one is read again into a buffer that fits it.
 constexpr std::size_t kFirstReadLength = 1024;
 // Far beyond any registry path or value text; a list that keeps filling the buffer stops
@@ -26,31 +26,33 @@ void CheckListControl::Attach(HWND list, HWND tooltip) {
     tooltip_ = tooltip;
 }
 
-CheckListControl::~CheckListControl() {
-    if (list_ != nullptr && IsWindow(list_)) {
-        KillTimer(list_, reinterpret_cast<UINT_PTR>(this));
+void CheckListControl::AtPause(ULONGLONG now) {
+    held_ = true;
+    if (redraw_held_ && now - held_at_ >= kRedrawInterval) {
+        ResumeRedraw();
+    }
+}
+
+void CheckListControl::Release() {
+    held_ = false;
+    if (redraw_held_) {
+        ResumeRedraw();
     }
 }
 
 void CheckListControl::HoldRedraw() {
-    if (redraw_held_ || !IsWindowVisible(list_)) {
+    if (!held_ || redraw_held_ || !IsWindowVisible(list_)) {
         return;
     }
     SendMessageW(list_, WM_SETREDRAW, FALSE, 0);
     redraw_held_ = true;
-    // The timer's number is the list's owner, so the callback finds its way back.
-    SetTimer(list_, reinterpret_cast<UINT_PTR>(this), kRedrawInterval, ResumeRedraw);
+    held_at_ = GetTickCount64();
 }
 
-void CALLBACK CheckListControl::ResumeRedraw(HWND list, UINT, UINT_PTR timer, DWORD) {
-    KillTimer(list, timer);
-    auto* self = reinterpret_cast<CheckListControl*>(timer);
-    if (!self->redraw_held_) {
-        return;
-    }
-    self->redraw_held_ = false;
-    SendMessageW(list, WM_SETREDRAW, TRUE, 0);
-    RedrawWindow(list, nullptr, nullptr, RDW_ERASE | RDW_FRAME | RDW_INVALIDATE | RDW_ALLCHILDREN);
+void CheckListControl::ResumeRedraw() {
+    redraw_held_ = false;
+    SendMessageW(list_, WM_SETREDRAW, TRUE, 0);
+    RedrawWindow(list_, nullptr, nullptr, RDW_ERASE | RDW_FRAME | RDW_INVALIDATE | RDW_ALLCHILDREN);
 }
 
 int CheckListControl::TextWidth(const std::wstring& text) {

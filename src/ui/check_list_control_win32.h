@@ -15,7 +15,6 @@ namespace regvex::ui {
 class CheckListControl final : public CheckListView {
   public:
     CheckListControl() = default;
-    ~CheckListControl() override;
     CheckListControl(const CheckListControl&) = delete;
     CheckListControl& operator=(const CheckListControl&) = delete;
 
@@ -46,6 +45,12 @@ class CheckListControl final : public CheckListView {
     // Shows the header's mouse moves to its tooltips; called for every queued message.
     void RelayToTips(const MSG& message) const;
 
+    // The scan pauses: from now on the list is drawn at its pauses, at most twice a
+    // second, not for every row added.
+    void AtPause(ULONGLONG now);
+    // Draws the list now, and after every change from now on.
+    void Release();
+
   private:
     struct ColumnState {
         ListColumn column;
@@ -54,17 +59,19 @@ class CheckListControl final : public CheckListView {
 
     int TextWidth(const std::wstring& text);
     // A visible list view redraws itself for every row added, which a scan of thousands
-    // of findings cannot afford: drawing waits, and a timer lets it happen a few times a
-    // second.
+    // of findings cannot afford: while a scan runs, drawing waits for its pauses.
     void HoldRedraw();
-    static void CALLBACK ResumeRedraw(HWND list, UINT message, UINT_PTR timer, DWORD time);
+    void ResumeRedraw();
 
     HWND list_ = nullptr;
     HWND tooltip_ = nullptr;
     std::vector<ColumnState> columns_;
     std::vector<std::string> tags_;
     MemoryDc measure_dc_;
+    // Changes wait for the scan's pauses.
+    bool held_ = false;
     bool redraw_held_ = false;
+    ULONGLONG held_at_ = 0;
 };
 
 }  // namespace regvex::ui

@@ -78,6 +78,11 @@ class MainView {
     virtual void LayOut() = 0;
     virtual void ShowAbout() = 0;
     virtual void Close() = 0;
+    // A scan changes its texts and rows far more often than they can be drawn: from its
+    // first pause on, the window shows them at its pauses, a few times a second.
+    virtual void ScanPaused() = 0;
+    // Shows every change held back, and later ones as they come, until the next pause.
+    virtual void ShowHeldBack() = 0;
 };
 
 struct MainServices {

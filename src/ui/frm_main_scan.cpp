@@ -64,12 +64,15 @@ void frmMain::cmdStartStop_Click() {
     } catch (const std::exception&) {
         // A failing control or call leaves the window as it is; the program goes on.
     }
+    // The scan's last texts and rows are on the screen when the click is done.
+    s_.view.ShowHeldBack();
     layout_ready_ = true;
     state_.bScanning = false;
 }
 
 void frmMain::StopScan() {
     c_.form.SetCaption("Exiting...");
+    s_.view.ShowHeldBack();
     cReg->StopSearch();
     s_.ignore.Unload();
     ScreenScaling(false);
@@ -211,6 +214,7 @@ void frmMain::SetCurrentKey(const std::string& full_key_name) {
 }
 
 void frmMain::DoEvents() {
+    s_.view.ScanPaused();
     s_.pump.DoEvents();
 }
 

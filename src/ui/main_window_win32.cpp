@@ -278,6 +278,21 @@ void MainWindow::ShowAbout() {
     about_->ShowModal(window_);
 }
 
+void MainWindow::ScanPaused() {
+    const ULONGLONG now = GetTickCount64();
+    form_window_.caption().AtPause(now);
+    status_.AtPause(now);
+    current_key_.AtPause(now);
+    errors_.AtPause(now);
+}
+
+void MainWindow::ShowHeldBack() {
+    form_window_.caption().Release();
+    status_.Release();
+    current_key_.Release();
+    errors_.Release();
+}
+
 void MainWindow::Close() {
     SendMessageW(window_, WM_CLOSE, kUnloadFromCode, 0);
 }

@@ -63,6 +63,8 @@ class MainWindow final : public MainView {
     void LayOut() override;
     void ShowAbout() override;
     void Close() override;
+    void ScanPaused() override;
+    void ShowHeldBack() override;
 
   private:
     static LRESULT CALLBACK WindowProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam);

@@ -11,44 +11,36 @@ constexpr ULONGLONG kShowInterval = 100;
 
 }  // namespace
 
-ThrottledText::~ThrottledText() {
-    if (is_pending_ && IsWindow(window_)) {
-        KillTimer(window_, reinterpret_cast<UINT_PTR>(this));
-    }
-}
-
 std::string ThrottledText::Caption() const {
-    return is_pending_ ? pending_ : WindowText(window_).Caption();
+    return is_pending_ ? pending_ : WindowTextOf(window_);
 }
 
 void ThrottledText::SetCaption(std::string_view caption) {
     pending_.assign(caption);
+    is_pending_ = true;
+    if (!held_) {
+        Show(GetTickCount64());
+    }
+}
+
+void ThrottledText::AtPause(ULONGLONG now) {
+    held_ = true;
+    if (is_pending_ && now - shown_at_ >= kShowInterval) {
+        Show(now);
+    }
+}
+
+void ThrottledText::Release() {
+    held_ = false;
     if (is_pending_) {
-        return;
-    }
-    const ULONGLONG since = GetTickCount64() - shown_at_;
-    if (since >= kShowInterval) {
-        Show();
-        return;
-    }
-    // The timer's number is the text's owner, so the callback finds its way back.
-    is_pending_ = SetTimer(window_, reinterpret_cast<UINT_PTR>(this),
-                           static_cast<UINT>(kShowInterval - since), ShowPending) != 0;
-    if (!is_pending_) {
-        Show();
+        Show(GetTickCount64());
     }
 }
 
-void ThrottledText::Show() {
+void ThrottledText::Show(ULONGLONG now) {
     SetWindowTextW(window_, text::ToWide(pending_).c_str());
-    shown_at_ = GetTickCount64();
-}
-
-void CALLBACK ThrottledText::ShowPending(HWND window, UINT, UINT_PTR timer, DWORD) {
-    KillTimer(window, timer);
-    auto* self = reinterpret_cast<ThrottledText*>(timer);
-    self->is_pending_ = false;
-    self->Show();
+    is_pending_ = false;
+    shown_at_ = now;
 }
 
 }  // namespace regvex::ui

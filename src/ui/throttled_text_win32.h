@@ -9,28 +9,30 @@
 
 namespace regvex::ui {
 
-// Showing a text repaints its window at once, which costs more than walking a key. The
-// newest text is kept straight away and shown at most ten times a second; a timer shows
-// the last one, so the window always ends up with the text last set.
+// Showing a text repaints its window at once, which costs more than walking a key. While
+// a scan runs, the newest text is kept straight away and shown at the scan's pauses, at
+// most ten times a second; when the scan ends the last one is shown, so the window always
+// ends up with the text last set. Outside a scan every text is shown as it is set.
 class ThrottledText final : public Captioned {
   public:
-    ThrottledText() = default;
-    ~ThrottledText() override;
-    ThrottledText(const ThrottledText&) = delete;
-    ThrottledText& operator=(const ThrottledText&) = delete;
-
     void Attach(HWND window) { window_ = window; }
     HWND hwnd() const { return window_; }
     std::string Caption() const override;
     void SetCaption(std::string_view caption) override;
 
+    // The scan pauses: from now on texts wait for a pause, and the newest is shown when
+    // its time has come.
+    void AtPause(ULONGLONG now);
+    // Shows the newest text now, and every later one as it is set.
+    void Release();
+
   private:
-    void Show();
-    static void CALLBACK ShowPending(HWND window, UINT message, UINT_PTR timer, DWORD time);
+    void Show(ULONGLONG now);
 
     HWND window_ = nullptr;
     std::string pending_;
     bool is_pending_ = false;
+    bool held_ = false;
     ULONGLONG shown_at_ = 0;
 };
 

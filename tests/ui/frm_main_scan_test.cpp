@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "support/registry_fixtures.h"
 #include "ui/main_window_fakes.h"
 
@@ -44,6 +46,9 @@ TEST_F(MainScanTest, AFinishedScanListsTheMissingFilesAndReturnsToIdle) {
     EXPECT_EQ(rig.ignore.loads, 1);
     EXPECT_FALSE(rig.ignore.loaded);
     EXPECT_EQ(rig.form.activations, 1);
+    // The window drew at every pause and, last, showed what it had held back.
+    EXPECT_EQ(rig.view.pauses, rig.pump.pumps);
+    EXPECT_EQ(rig.view.calls.back(), "show held back");
 }
 
 TEST_F(MainScanTest, EveryStateShowsItsCaptionsWhileTheScanRuns) {
@@ -77,9 +82,11 @@ TEST_F(MainScanTest, EveryStateShowsItsCaptionsWhileTheScanRuns) {
 TEST_F(MainScanTest, AStopClickedDuringTheScanEndsItAndKeepsTheRowsFound) {
     std::vector<bool> scanning_after_stop;
     std::string caption_after_stop;
+    std::vector<std::string> view_calls_at_stop;
     rig.pump.at_pump[8] = [&] {
         rig.main.cmdStartStop_Click();  // handled inside the running click, as Windows would
         caption_after_stop = rig.form.Caption();
+        view_calls_at_stop = rig.view.calls;
         scanning_after_stop.push_back(rig.state.bScanning);
     };
     rig.pump.at_pump[9] = [&] {
@@ -89,6 +96,9 @@ TEST_F(MainScanTest, AStopClickedDuringTheScanEndsItAndKeepsTheRowsFound) {
     rig.main.cmdStartStop_Click();
 
     EXPECT_EQ(caption_after_stop, "Exiting...");
+    // "Exiting..." is drawn at once, not at the next pause of the scan.
+    EXPECT_NE(std::find(view_calls_at_stop.begin(), view_calls_at_stop.end(), "show held back"),
+              view_calls_at_stop.end());
     // The stop click clears the flag while the outer click still winds the scan down.
     EXPECT_EQ(scanning_after_stop, (std::vector<bool>{false, false}));
     EXPECT_EQ(rig.current_key.Caption(), "Scan proccess stopped by user.");

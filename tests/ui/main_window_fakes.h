@@ -118,6 +118,8 @@ class RecordingView final : public ui::MainView {
     void LayOut() override { calls.push_back("layout"); }
     void ShowAbout() override { calls.push_back("about"); }
     void Close() override { calls.push_back("close"); }
+    void ScanPaused() override { ++pauses; }
+    void ShowHeldBack() override { calls.push_back("show held back"); }
 
     struct Scale {
         double rx, ry;
@@ -126,6 +128,7 @@ class RecordingView final : public ui::MainView {
     std::vector<std::string> calls;
     std::vector<ui::TaskGroupSpec> pane;
     std::vector<Scale> scales;
+    int pauses = 0;
 };
 
 // A main window with everything around it.

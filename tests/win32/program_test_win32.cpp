@@ -12,6 +12,7 @@
 #include "test_support_win32.h"
 #include "ui/main_menus_win32.h"
 #include "ui/program_win32.h"
+#include "ui/win32_controls_win32.h"
 
 namespace regvex {
 namespace {
@@ -19,23 +20,7 @@ namespace {
 using namespace std::string_literals;
 
 std::string TextOf(HWND window) {
-    wchar_t text[1024] = {};
-    GetWindowTextW(window, text, 1024);
-    return text::FromWide(text);
-}
-
-// The labels and the caption show a scan's texts a little later than they are set, as a
-// user sees them: this lets that moment pass.
-void LetTheWindowCatchUp() {
-    const ULONGLONG until = GetTickCount64() + 300;
-    MSG message{};
-    while (GetTickCount64() < until) {
-        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-            TranslateMessage(&message);
-            DispatchMessageW(&message);
-        }
-        MsgWaitForMultipleObjects(0, nullptr, FALSE, 20, QS_ALLINPUT);
-    }
+    return ui::WindowTextOf(window);
 }
 
 class ProgramTest : public ::testing::Test {
@@ -91,8 +76,9 @@ TEST_F(ProgramTest, TheWindowListsExactlyTheMissingFilesOfTheTestTree) {
     Put("App", "c-page", f + "\\page.html\0"s);
     Put("App\\Deeper", "d-missing", f + "\\missing.dll,0\0"s);
 
+    // The scan holds its texts back while it runs; they are all shown by the time the
+    // click is done.
     program_->main_window().form().cmdStartStop_Click();
-    LetTheWindowCatchUp();
 
     const std::string k = key_.path();
     EXPECT_EQ(RowsOfTestKey(),
@@ -113,7 +99,6 @@ TEST_F(ProgramTest, AStopClickedWhileTheScanRunsEndsItWithTheStopTexts) {
     // Waiting in the queue, the click is handled at the scan's first pause, inside it.
     PostMessageW(Item(ui::kStartStopButton), BM_CLICK, 0, 0);
     program_->main_window().form().cmdStartStop_Click();
-    LetTheWindowCatchUp();
 
     EXPECT_EQ(TextOf(Item(ui::kCurrentKeyLabel)), "Scan proccess stopped by user.");
     EXPECT_EQ(TextOf(Item(ui::kStartStopButton)), "Begin Scan");

@@ -1,6 +1,6 @@
-// The view pieces a scan leans on: texts that are shown less often than they are set,
-// and a results list whose columns follow the widest text added and whose cells read
-// back whole.
+// The view pieces a scan leans on: texts and a list that are drawn at the scan's pauses
+// rather than at every change, and a results list whose columns follow the widest text
+// added and whose cells read back whole.
 
 #include <windows.h>
 
@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "text/utf8.h"
 #include "text/wide_text_win32.h"
@@ -18,17 +20,6 @@
 namespace regvex::ui {
 namespace {
 
-void PumpFor(ULONGLONG milliseconds) {
-    const ULONGLONG until = GetTickCount64() + milliseconds;
-    MSG message{};
-    while (GetTickCount64() < until) {
-        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-            DispatchMessageW(&message);
-        }
-        MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_ALLINPUT);
-    }
-}
-
 std::string WindowTextOf(HWND window) {
     wchar_t text[256] = {};
     GetWindowTextW(window, text, 256);
@@ -36,11 +27,20 @@ std::string WindowTextOf(HWND window) {
 }
 
 int g_texts_shown = 0;
+std::vector<bool> g_redraws;
 
 LRESULT CALLBACK CountTexts(HWND window, UINT message, WPARAM wparam, LPARAM lparam, UINT_PTR,
                             DWORD_PTR) {
     if (message == WM_SETTEXT) {
         ++g_texts_shown;
+    }
+    return DefSubclassProc(window, message, wparam, lparam);
+}
+
+LRESULT CALLBACK CountRedraws(HWND window, UINT message, WPARAM wparam, LPARAM lparam, UINT_PTR,
+                              DWORD_PTR) {
+    if (message == WM_SETREDRAW) {
+        g_redraws.push_back(wparam != FALSE);
     }
     return DefSubclassProc(window, message, wparam, lparam);
 }
@@ -71,37 +71,64 @@ class ViewControlsTest : public ::testing::Test {
 
 UniqueWindow* ViewControlsTest::frame_ = nullptr;
 
-TEST_F(ViewControlsTest, ABurstOfTextsIsReadBackAtOnceAndShownFewTimesEndingWithTheLast) {
+TEST_F(ViewControlsTest, WhileHeldTextsWaitForAPauseInTimeAndTheLastIsShownAtTheEnd) {
     const HWND label = Child(L"STATIC", SS_LEFT);
     SetWindowSubclass(label, CountTexts, 1, 0);
     g_texts_shown = 0;
     ThrottledText text;
     text.Attach(label);
+    const auto shown = [&] { return std::make_pair(WindowTextOf(label), g_texts_shown); };
 
+    text.SetCaption("before the scan");
+    EXPECT_EQ(shown(), std::make_pair(std::string("before the scan"), 1));
+    const ULONGLONG start = GetTickCount64();
+    text.AtPause(start);
     for (int i = 1; i <= 2000; ++i) {
         text.SetCaption("Key " + std::to_string(i));
-        EXPECT_EQ(text.Caption(), "Key " + std::to_string(i));
-        if (i % 100 == 0) {
-            PumpFor(5);
-        }
     }
-    PumpFor(300);
-
-    EXPECT_EQ(WindowTextOf(label), "Key 2000");
     EXPECT_EQ(text.Caption(), "Key 2000");
-    EXPECT_LT(g_texts_shown, 100);
+    EXPECT_EQ(shown(), std::make_pair(std::string("before the scan"), 1));
+    text.AtPause(start + 50);  // too soon after the last one shown
+    EXPECT_EQ(shown(), std::make_pair(std::string("before the scan"), 1));
+    text.AtPause(start + 200);
+    EXPECT_EQ(shown(), std::make_pair(std::string("Key 2000"), 2));
+    text.SetCaption("the end");
+    text.Release();
+    EXPECT_EQ(shown(), std::make_pair(std::string("the end"), 3));
+    text.SetCaption("after the scan");
+    EXPECT_EQ(shown(), std::make_pair(std::string("after the scan"), 4));
     RemoveWindowSubclass(label, CountTexts, 1);
 }
 
-TEST_F(ViewControlsTest, AFirstTextAfterAQuietSpellIsShownAtOnce) {
-    const HWND label = Child(L"STATIC", SS_LEFT);
-    ThrottledText text;
-    text.Attach(label);
-    text.SetCaption("first");
-    EXPECT_EQ(WindowTextOf(label), "first");
-    PumpFor(150);
-    text.SetCaption("after a pause");
-    EXPECT_EQ(WindowTextOf(label), "after a pause");
+TEST_F(ViewControlsTest, WhileHeldTheListIsDrawnAtPausesAndAlwaysAtTheEnd) {
+    const HWND list = Child(WC_LISTVIEWW, LVS_REPORT);
+    SetWindowSubclass(list, CountRedraws, 1, 0);
+    CheckListControl results;
+    results.Attach(list, nullptr);
+    results.AddColumn({"Status", "", ""});
+    const auto add_rows = [&] {
+        for (int i = 0; i < 10; ++i) {
+            results.AddRow({"Invalid Entry"});
+        }
+    };
+    g_redraws.clear();
+    add_rows();  // not held: the list draws as usual
+    EXPECT_TRUE(g_redraws.empty());
+
+    const ULONGLONG start = GetTickCount64();
+    results.AtPause(start);
+    add_rows();
+    results.AtPause(start + 100);
+    EXPECT_EQ(g_redraws, (std::vector<bool>{false}));
+    results.AtPause(start + 600);
+    EXPECT_EQ(g_redraws, (std::vector<bool>{false, true}));
+    add_rows();
+    results.Release();
+    EXPECT_EQ(g_redraws, (std::vector<bool>{false, true, false, true}));
+    add_rows();
+    EXPECT_EQ(g_redraws.size(), 4u);
+    EXPECT_EQ(results.RowCount(), 40);
+    RemoveWindowSubclass(list, CountRedraws, 1);
 }
 
 TEST_F(ViewControlsTest, ColumnsGrowToTheWidestTextAndRowsKeepTheirTexts) {
