@@ -7,12 +7,12 @@
 #include <string>
 #include <utility>
 
+#include "ignore/ignore_controls_win32.h"
 #include "text/wide_text_win32.h"
 #include "ui/form_resizer_win32.h"
 #include "ui/gdi_win32.h"
 #include "ui/modal_message_dialogs_win32.h"
 #include "ui/startup_win32.h"
-#include "ui/win32_controls_win32.h"
 
 namespace regvex::ui {
 
@@ -70,10 +70,6 @@ std::string_view DesignText(int id) {
     }
 }
 
-void SetWindowTextUtf8(HWND window, std::string_view text) {
-    SetWindowTextW(window, text::ToWide(text).c_str());
-}
-
 int ScreenDpi() {
     const HDC screen = GetDC(nullptr);
     const int dpi = screen != nullptr ? GetDeviceCaps(screen, LOGPIXELSX) : kDesignDpi;
@@ -82,144 +78,6 @@ int ScreenDpi() {
     }
     return dpi > 0 ? dpi : kDesignDpi;
 }
-
-class WinCaption final : public Captioned {
-  public:
-    explicit WinCaption(HWND window) : window_(window) {}
-    std::string Caption() const override { return WindowTextOf(window_); }
-    void SetCaption(std::string_view caption) override { SetWindowTextUtf8(window_, caption); }
-
-  private:
-    HWND window_;
-};
-
-class WinForm final : public Window {
-  public:
-    explicit WinForm(HWND window) : window_(window) {}
-    std::string Caption() const override { return WindowTextOf(window_); }
-    void SetCaption(std::string_view caption) override { SetWindowTextUtf8(window_, caption); }
-    bool IsMinimized() const override { return IsIconic(window_) != FALSE; }
-    void Activate() override {
-        if (IsWindowVisible(window_)) {
-            SetForegroundWindow(window_);
-        }
-    }
-
-  private:
-    HWND window_;
-};
-
-class WinTextBox final : public TextBox {
-  public:
-    explicit WinTextBox(HWND edit) : edit_(edit) {}
-    std::string Text() const override { return WindowTextOf(edit_); }
-    void SetText(std::string_view text) override { SetWindowTextUtf8(edit_, text); }
-    void SetFocus() override {
-        // A control of a hidden window cannot take the focus; the caller goes on.
-        if (!IsWindowVisible(edit_) || !IsWindowEnabled(edit_)) {
-            throw std::runtime_error("the text box cannot take the focus");
-        }
-        ::SetFocus(edit_);
-    }
-    void SetSelection(std::size_t start, std::size_t length) override {
-        SendMessageW(edit_, EM_SETSEL, static_cast<WPARAM>(start),
-                     static_cast<LPARAM>(start + length));
-    }
-
-  private:
-    HWND edit_;
-};
-
-class WinListBox final : public ListBox {
-  public:
-    explicit WinListBox(HWND list) : list_(list) {}
-    int ItemCount() const override {
-        const LRESULT count = SendMessageW(list_, LB_GETCOUNT, 0, 0);
-        return count == LB_ERR ? 0 : static_cast<int>(count);
-    }
-    std::string Item(int index) const override {
-        const LRESULT length = SendMessageW(list_, LB_GETTEXTLEN, static_cast<WPARAM>(index), 0);
-        if (length == LB_ERR) {
-            return {};
-        }
-        std::wstring text(static_cast<std::size_t>(length) + 1, L'\0');
-        const LRESULT copied = SendMessageW(list_, LB_GETTEXT, static_cast<WPARAM>(index),
-                                            reinterpret_cast<LPARAM>(text.data()));
-        text.resize(copied == LB_ERR ? 0 : static_cast<std::size_t>(copied));
-        return text::FromWide(text);
-    }
-    void AddItem(std::string_view text) override {
-        const std::wstring wide = text::ToWide(text);
-        const LRESULT added =
-            SendMessageW(list_, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(wide.c_str()));
-        if (added == LB_ERR || added == LB_ERRSPACE) {
-            throw std::runtime_error("the list box is full");
-        }
-    }
-    void RemoveItem(int index) override {
-        if (SendMessageW(list_, LB_DELETESTRING, static_cast<WPARAM>(index), 0) == LB_ERR) {
-            throw std::out_of_range("no such item in the list box");
-        }
-    }
-    void Clear() override { SendMessageW(list_, LB_RESETCONTENT, 0, 0); }
-    int ListIndex() const override {
-        return static_cast<int>(SendMessageW(list_, LB_GETCURSEL, 0, 0));
-    }
-    void SetListIndex(int index) override {
-        SendMessageW(list_, LB_SETCURSEL, static_cast<WPARAM>(index), 0);
-    }
-    double TextWidthTwips(std::string_view text) const override {
-        const HWND parent = GetParent(list_);
-        const HDC dc = GetDC(parent);
-        if (dc == nullptr) {
-            return 0;
-        }
-        const auto font = reinterpret_cast<HFONT>(SendMessageW(parent, WM_GETFONT, 0, 0));
-        const HGDIOBJ old = font != nullptr ? SelectObject(dc, font) : nullptr;
-        const std::wstring wide = text::ToWide(text);
-        SIZE size{};
-        GetTextExtentPoint32W(dc, wide.c_str(), static_cast<int>(wide.size()), &size);
-        const int dpi = GetDeviceCaps(dc, LOGPIXELSX);
-        if (old != nullptr) {
-            SelectObject(dc, old);
-        }
-        ReleaseDC(parent, dc);
-        return static_cast<double>(size.cx) * (1440 / (dpi > 0 ? dpi : kDesignDpi));
-    }
-    void SetHorizontalExtent(int pixels) override {
-        SendMessageW(list_, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(pixels), 0);
-    }
-    void ScrollToBottom() override { SendMessageW(list_, WM_VSCROLL, MAKEWPARAM(SB_BOTTOM, 0), 0); }
-
-  private:
-    HWND list_;
-};
-
-// A menu item, or the top-level menu by its position in the menu bar.
-class WinMenuItem final : public MenuItem {
-  public:
-    WinMenuItem(HWND window, HMENU menu, UINT item, bool by_position)
-        : window_(window), menu_(menu), item_(item), by_position_(by_position) {}
-    std::string Caption() const override {
-        return MenuItemCaption(menu_, item_,
-                               static_cast<UINT>(by_position_ ? MF_BYPOSITION : MF_BYCOMMAND));
-    }
-    void SetCaption(std::string_view caption) override {
-        std::wstring wide = text::ToWide(caption);
-        MENUITEMINFOW info{};
-        info.cbSize = sizeof(info);
-        info.fMask = MIIM_STRING;
-        info.dwTypeData = wide.data();
-        SetMenuItemInfoW(menu_, item_, by_position_ ? TRUE : FALSE, &info);
-        DrawMenuBar(window_);
-    }
-
-  private:
-    HWND window_;
-    HMENU menu_;
-    UINT item_;
-    bool by_position_;
-};
 
 void RegisterWindowClass(HINSTANCE instance, WNDPROC procedure) {
     WNDCLASSEXW window_class{};
@@ -233,20 +91,6 @@ void RegisterWindowClass(HINSTANCE instance, WNDPROC procedure) {
     window_class.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1);
     window_class.lpszClassName = kWindowClass;
     RegisterClassExW(&window_class);
-}
-
-int MouseShift(WPARAM wparam) {
-    int shift = 0;
-    if ((wparam & MK_SHIFT) != 0) {
-        shift |= 1;
-    }
-    if ((wparam & MK_CONTROL) != 0) {
-        shift |= 2;
-    }
-    if (GetKeyState(VK_MENU) < 0) {
-        shift |= 4;
-    }
-    return shift;
 }
 
 }  // namespace
@@ -533,7 +377,7 @@ void Win32IgnoreWindow::OnListMouse(UINT message, WPARAM wparam, LPARAM lparam) 
     // Signed: a captured pointer can be left of or above the list.
     const auto x = static_cast<float>(static_cast<short>(LOWORD(lparam)) * twips_per_pixel);
     const auto y = static_cast<float>(static_cast<short>(HIWORD(lparam)) * twips_per_pixel);
-    const int shift = MouseShift(wparam);
+    const int shift = MouseShiftState(wparam);
     switch (message) {
         case WM_LBUTTONDOWN:
         case WM_LBUTTONDBLCLK:
