@@ -90,7 +90,11 @@ TreeValue MakeValue(const Alphabet& alphabet, std::size_t i) {
             value.data = Concat({"tool.exe /q:\\\"x\\\" C:\\Vexlor Gone\\lib", n, ".dll,Entry"});
             break;
         case 5:
-            value.data = Concat({"C:\\Vexlor Gone\\settings ", n, ".ini"});
+            // A line break no quoted text of a backup can hold; only where the backup is in
+            // the Unicode format already, so that the other one stays a "REGEDIT4" file.
+            value.data = alphabet.part != kUnicodePart
+                             ? Concat({"C:\\Vexlor Gone\\settings ", n, ".ini"})
+                             : Concat({"C:\\Vexlor Gone\\two ", n, ".exe\r\nline two"});
             break;
         default:
             value.data = Concat({"C:\\Vexlor Gone\\icon", n, ".ico,0"});

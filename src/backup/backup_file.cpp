@@ -1,5 +1,7 @@
 #include "backup/backup_file.h"
 
+#include <algorithm>
+
 #include "engine/run_time_error.h"
 #include "text/concat.h"
 #include "text/utf8.h"
@@ -18,6 +20,46 @@ void ReplaceAll(std::string& text, char from, char to) {
     }
 }
 
+// No quoted text of the import format can hold a line break: one would end the value's
+// line there, and what followed would be read as lines of their own, key lines
+// included. Names keep them as the escapes the Registry Editor of Wine reads back; data,
+// which must come back exactly, is written as the bytes of a string value instead.
+bool HasLineBreak(std::string_view text) {
+    return text.find_first_of("\r\n") != std::string_view::npos;
+}
+
+std::string OnOneLine(std::string_view text) {
+    std::string out;
+    out.reserve(text.size());
+    for (const char c : text) {
+        if (c == '\r') {
+            out.append("\\r");
+        } else if (c == '\n') {
+            out.append("\\n");
+        } else {
+            out.push_back(c);
+        }
+    }
+    return out;
+}
+
+// A REG_SZ as UTF-16LE bytes with its terminator, which only the Unicode format carries.
+std::string HexStringData(std::string_view utf8) {
+    static constexpr char kDigits[] = "0123456789abcdef";
+    std::string out = "hex(1):";
+    const auto append_byte = [&](unsigned byte) {
+        out.push_back(kDigits[byte >> 4]);
+        out.push_back(kDigits[byte & 0xF]);
+        out.push_back(',');
+    };
+    for (const char16_t unit : text::Utf8ToUtf16(utf8)) {
+        append_byte(unit & 0xFFu);
+        append_byte(unit >> 8);
+    }
+    out.append("00,00");
+    return out;
+}
+
 struct KeyAndName {
     std::string key;
     std::string name_token;
@@ -33,7 +75,7 @@ KeyAndName SplitFullPath(const std::string& full) {
     const std::size_t p = reversed.find('\\');
     const std::string_view r(reversed);
     return {ReverseText(r.substr(p + 1)),
-            Concat({"\"", EscapeRegText(ReverseText(r.substr(0, p))), "\""})};
+            Concat({"\"", OnOneLine(EscapeRegText(ReverseText(r.substr(0, p)))), "\""})};
 }
 
 void AppendUtf16Le(std::string& out, std::string_view utf8) {
@@ -86,9 +128,13 @@ std::vector<std::string> BackupLines(const std::vector<BackupRow>& rows) {
         KeyAndName parts = SplitFullPath(Concat({row.root_key, "\\", row.sub_key}));
         if (parts.key != previous_key) {
             lines.emplace_back();
-            lines.push_back(Concat({"[", parts.key, "]"}));
+            lines.push_back(Concat({"[", OnOneLine(parts.key), "]"}));
         }
-        lines.push_back(Concat({parts.name_token, "=\"", EscapeRegText(row.value), "\""}));
+        if (HasLineBreak(row.value)) {
+            lines.push_back(Concat({parts.name_token, "=", HexStringData(row.value)}));
+        } else {
+            lines.push_back(Concat({parts.name_token, "=\"", EscapeRegText(row.value), "\""}));
+        }
         previous_key = std::move(parts.key);
     }
     return lines;
@@ -98,9 +144,10 @@ std::string BackupFileBytes(const std::vector<BackupRow>& rows, const text::Ansi
     const std::vector<std::string> lines = BackupLines(rows);
     std::string bytes = Concat({kRegedit4Header, "\r\n"});
     std::string ansi_line;
-    bool representable = true;
+    bool representable = std::none_of(rows.begin(), rows.end(),
+                                      [](const BackupRow& row) { return HasLineBreak(row.value); });
     for (const std::string& line : lines) {
-        if (!ansi.FromUtf8(line, ansi_line)) {
+        if (!representable || !ansi.FromUtf8(line, ansi_line)) {
             representable = false;
             break;
         }

@@ -28,14 +28,17 @@ std::string EscapeRegText(std::string_view text);
 
 // The lines of the file after its header, without line ends: an empty line and a key
 // line whenever the key differs from the previous row's, then one value line per row.
+// A line break can stand in no quoted text: in a key or value name it is written as the
+// escape \r or \n, and data that holds one is written as hex(1) bytes of UTF-16.
 std::vector<std::string> BackupLines(const std::vector<BackupRow>& rows);
 
 inline constexpr std::string_view kRegedit4Header = "REGEDIT4";
 inline constexpr std::string_view kRegedit5Header = "Windows Registry Editor Version 5.00";
 
 // The whole file: "REGEDIT4" in the ANSI code page with CR LF line ends. When some text
-// has no form in that code page, the Unicode export format instead (UTF-16LE with a
-// byte-order mark), which the Registry Editor imports to the same text.
+// has no form in that code page, or some data is written as hex bytes, the Unicode export
+// format instead (UTF-16LE with a byte-order mark), which the Registry Editor imports to
+// the same text.
 std::string BackupFileBytes(const std::vector<BackupRow>& rows, const text::AnsiCodePage& ansi);
 
 // "Backup (" + the date text with "/" made "-" and then ":" made "." + ").reg".

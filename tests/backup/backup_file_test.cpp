@@ -67,6 +67,22 @@ TEST(BackupFile, EscapesBackslashesBeforeQuotesInNamesAndData) {
     }
 }
 
+TEST(BackupFile, LineBreaksNeverSplitALine) {
+    const std::vector<BackupRow> rows = {
+        {"HKEY_CURRENT_USER", "K\\v", "C:\\a.exe\r\n[HKEY_LOCAL_MACHINE\\Run]"},
+        {"HKEY_CURRENT_USER", "K\r\n\\a\nme", "x"},
+    };
+    EXPECT_EQ(BackupLines(rows),
+              (std::vector<std::string>{
+                  "", "[HKEY_CURRENT_USER\\K]",
+                  "\"v\"=hex(1):43,00,3a,00,5c,00,61,00,2e,00,65,00,78,00,65,00,0d,00,0a,00,5b,00,"
+                  "48,00,4b,00,45,00,59,00,5f,00,4c,00,4f,00,43,00,41,00,4c,00,5f,00,4d,00,41,00,"
+                  "43,00,48,00,49,00,4e,00,45,00,5c,00,52,00,75,00,6e,00,5d,00,00,00",
+                  "", "[HKEY_CURRENT_USER\\K\\r\\n]", R"("a\nme"="x")"}));
+    // Hex data is UTF-16: the file is written in the Unicode format.
+    EXPECT_EQ(BackupFileBytes(rows, kAnsi).substr(0, 2), "\xFF\xFE");
+}
+
 TEST(BackupFile, KeyNamesAreWrittenAsTheyStand) {
     EXPECT_EQ(BackupLines({{"HKEY_USERS", "a\"b\\c\\d", "x"}}),
               (std::vector<std::string>{"", "[HKEY_USERS\\a\"b\\c]", R"("d"="x")"}));
