@@ -12,12 +12,12 @@
 #include "engine/path_exists.h"
 #include "engine/reg_search.h"
 #include "engine/registry.h"
-#include "ignore/ignore_window.h"
 #include "system/file_system.h"
 #include "system/process.h"
 #include "system/system_version.h"
 #include "text/ansi_code_page.h"
 #include "ui/controls.h"
+#include "ui/ignore/ignore_window.h"
 #include "ui/program_state.h"
 #include "ui/services.h"
 

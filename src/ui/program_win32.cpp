@@ -1,8 +1,8 @@
 #include "ui/program_win32.h"
 
-#include "ignore/frm_ignore.h"
 #include "system/program_folder_win32.h"
 #include "text/wide_text_win32.h"
+#include "ui/ignore/frm_ignore.h"
 #include "ui/startup_win32.h"
 
 namespace regvex::ui {

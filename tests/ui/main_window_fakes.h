@@ -9,11 +9,11 @@
 #include <vector>
 
 #include "engine/memory_registry.h"
-#include "ignore/ignore_window.h"
 #include "support/memory_controls.h"
 #include "support/scripted_services.h"
 #include "support/system_doubles.h"
 #include "ui/frm_main.h"
+#include "ui/ignore/ignore_window.h"
 
 namespace regvex::testing {
 

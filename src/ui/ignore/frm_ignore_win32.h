@@ -9,9 +9,9 @@
 #include <functional>
 #include <memory>
 
-#include "ignore/frm_ignore.h"
-#include "ignore/ignore_window.h"
 #include "text/ansi_code_page.h"
+#include "ui/ignore/frm_ignore.h"
+#include "ui/ignore/ignore_window.h"
 #include "ui/program_state.h"
 #include "ui/services.h"
 

@@ -1,4 +1,4 @@
-#include "ignore/frm_ignore.h"
+#include "ui/ignore/frm_ignore.h"
 
 #include <gtest/gtest.h>
 
@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "engine/run_time_error.h"
-#include "ignore/ignore_window.h"
 #include "support/memory_controls.h"
 #include "support/scripted_services.h"
+#include "ui/ignore/ignore_window.h"
 #include "ui/program_version.h"
 
 namespace regvex::ui {

@@ -1,7 +1,7 @@
 // The real ignore-list window under Wine: its controls and texts, and an entry going from
 // the text box through "Add" and "Apply Changes" into the file.
 
-#include "ignore/frm_ignore_win32.h"
+#include "ui/ignore/frm_ignore_win32.h"
 
 #include <windows.h>
 

@@ -1,4 +1,4 @@
-#include "ignore/ignore_controls_win32.h"
+#include "ui/ignore/ignore_controls_win32.h"
 
 #include <stdexcept>
 

@@ -1,4 +1,4 @@
-#include "ignore/frm_ignore_win32.h"
+#include "ui/ignore/frm_ignore_win32.h"
 
 #include <commctrl.h>
 
@@ -7,10 +7,10 @@
 #include <string>
 #include <utility>
 
-#include "ignore/ignore_controls_win32.h"
 #include "text/wide_text_win32.h"
 #include "ui/form_resizer_win32.h"
 #include "ui/gdi_win32.h"
+#include "ui/ignore/ignore_controls_win32.h"
 #include "ui/modal_message_dialogs_win32.h"
 #include "ui/startup_win32.h"
 

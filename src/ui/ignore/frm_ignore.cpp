@@ -1,4 +1,4 @@
-#include "ignore/frm_ignore.h"
+#include "ui/ignore/frm_ignore.h"
 
 #include <cmath>
 #include <exception>

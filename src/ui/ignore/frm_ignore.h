@@ -8,10 +8,10 @@
 #include <string_view>
 #include <vector>
 
-#include "ignore/clb_hscroll.h"
-#include "ignore/ignore_window.h"
 #include "text/ansi_code_page.h"
 #include "ui/controls.h"
+#include "ui/ignore/clb_hscroll.h"
+#include "ui/ignore/ignore_window.h"
 #include "ui/program_state.h"
 #include "ui/services.h"
 

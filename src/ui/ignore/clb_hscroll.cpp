@@ -1,4 +1,4 @@
-#include "ignore/clb_hscroll.h"
+#include "ui/ignore/clb_hscroll.h"
 
 #include <cmath>
 #include <limits>
