@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "ui/controls.h"
-#include "ui/gdi_win32.h"
+#include "ui/base/controls.h"
+#include "ui/base/gdi_win32.h"
 
 namespace regvex::ui {
 

@@ -1,7 +1,7 @@
 #include "ui/frm_main.h"
 
+#include "ui/base/program_version.h"
 #include "ui/help/help_file.h"
-#include "ui/program_version.h"
 
 namespace regvex::ui {
 

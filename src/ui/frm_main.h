@@ -16,10 +16,10 @@
 #include "system/process.h"
 #include "system/system_version.h"
 #include "text/ansi_code_page.h"
-#include "ui/controls.h"
+#include "ui/base/controls.h"
+#include "ui/base/program_state.h"
+#include "ui/base/services.h"
 #include "ui/ignore/ignore_window.h"
-#include "ui/program_state.h"
-#include "ui/services.h"
 
 namespace regvex::ui {
 

@@ -8,8 +8,8 @@
 #include "backup/registry_fix.h"
 #include "engine/run_time_error.h"
 #include "text/concat.h"
+#include "ui/base/program_version.h"
 #include "ui/frm_main.h"
-#include "ui/program_version.h"
 
 namespace regvex::ui {
 

@@ -3,8 +3,8 @@
 
 #include "backup/backup_file.h"
 #include "text/concat.h"
+#include "ui/base/program_version.h"
 #include "ui/frm_main.h"
-#include "ui/program_version.h"
 
 namespace regvex::ui {
 

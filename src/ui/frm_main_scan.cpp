@@ -10,8 +10,8 @@
 #include "text/concat.h"
 #include "text/upper_case.h"
 #include "text/utf8.h"
+#include "ui/base/program_version.h"
 #include "ui/frm_main.h"
-#include "ui/program_version.h"
 
 namespace regvex::ui {
 

@@ -5,7 +5,7 @@
 #include <map>
 
 #include "text/wide_text_win32.h"
-#include "ui/startup_win32.h"
+#include "ui/base/startup_win32.h"
 #include "ui/taskpane/task_icons.h"
 
 namespace regvex::ui {

@@ -8,13 +8,13 @@
 #include <memory>
 
 #include "ui/about/frm_about_win32.h"
+#include "ui/base/form_resizer_win32.h"
+#include "ui/base/gdi_win32.h"
+#include "ui/base/win32_controls_win32.h"
 #include "ui/check_list_control_win32.h"
-#include "ui/form_resizer_win32.h"
 #include "ui/frm_main.h"
-#include "ui/gdi_win32.h"
 #include "ui/main_menus_win32.h"
 #include "ui/taskpane/task_pane_win32.h"
-#include "ui/win32_controls_win32.h"
 
 namespace regvex::ui {
 

@@ -2,8 +2,8 @@
 
 #include "system/program_folder_win32.h"
 #include "text/wide_text_win32.h"
+#include "ui/base/startup_win32.h"
 #include "ui/ignore/frm_ignore.h"
-#include "ui/startup_win32.h"
 
 namespace regvex::ui {
 

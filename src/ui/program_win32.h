@@ -11,12 +11,12 @@
 #include "system/process_win32.h"
 #include "system/system_info_win32.h"
 #include "text/ansi_code_page_win32.h"
+#include "ui/base/disk_text_files.h"
+#include "ui/base/platform_services_win32.h"
 #include "ui/dialogs/message_dialogs_win32.h"
-#include "ui/disk_text_files.h"
 #include "ui/help/help_viewer_win32.h"
 #include "ui/ignore/frm_ignore_win32.h"
 #include "ui/main_window_win32.h"
-#include "ui/platform_services_win32.h"
 
 namespace regvex::ui {
 

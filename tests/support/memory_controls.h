@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "ui/controls.h"
+#include "ui/base/controls.h"
 
 namespace regvex::testing {
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "ui/services.h"
+#include "ui/base/services.h"
 
 namespace regvex::testing {
 

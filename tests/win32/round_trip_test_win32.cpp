@@ -22,14 +22,14 @@
 #include "test_support_win32.h"
 #include "text/ansi_code_page_win32.h"
 #include "text/upper_case.h"
-#include "ui/disk_text_files.h"
+#include "ui/base/disk_text_files.h"
+#include "ui/base/platform_services_win32.h"
+#include "ui/base/startup_win32.h"
 #include "ui/ignore/frm_ignore.h"
 #include "ui/ignore/frm_ignore_win32.h"
 #include "ui/main_menus_win32.h"
 #include "ui/main_window_fakes.h"
 #include "ui/main_window_win32.h"
-#include "ui/platform_services_win32.h"
-#include "ui/startup_win32.h"
 
 namespace regvex::testing {
 namespace {

@@ -13,9 +13,9 @@
 
 #include "text/utf8.h"
 #include "text/wide_text_win32.h"
+#include "ui/base/gdi_win32.h"
+#include "ui/base/throttled_text_win32.h"
 #include "ui/check_list_control_win32.h"
-#include "ui/gdi_win32.h"
-#include "ui/throttled_text_win32.h"
 
 namespace regvex::ui {
 namespace {

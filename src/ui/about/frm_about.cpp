@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "ui/about/get_key_value.h"
-#include "ui/program_version.h"
+#include "ui/base/program_version.h"
 
 namespace regvex::ui {
 

@@ -10,8 +10,8 @@
 #include "engine/path_exists.h"
 #include "engine/registry.h"
 #include "system/process.h"
-#include "ui/controls.h"
-#include "ui/services.h"
+#include "ui/base/controls.h"
+#include "ui/base/services.h"
 
 namespace regvex::ui {
 

@@ -6,11 +6,11 @@
 #include <utility>
 
 #include "text/wide_text_win32.h"
-#include "ui/form_resizer_win32.h"
-#include "ui/gdi_win32.h"
-#include "ui/modal_message_dialogs_win32.h"
-#include "ui/startup_win32.h"
-#include "ui/win32_controls_win32.h"
+#include "ui/base/form_resizer_win32.h"
+#include "ui/base/gdi_win32.h"
+#include "ui/base/modal_message_dialogs_win32.h"
+#include "ui/base/startup_win32.h"
+#include "ui/base/win32_controls_win32.h"
 
 namespace regvex::ui {
 

@@ -11,7 +11,7 @@
 #include "engine/registry.h"
 #include "system/process.h"
 #include "ui/about/frm_about.h"
-#include "ui/services.h"
+#include "ui/base/services.h"
 
 namespace regvex::ui {
 

@@ -7,7 +7,7 @@
 #include <functional>
 #include <string_view>
 
-#include "ui/services.h"
+#include "ui/base/services.h"
 
 namespace regvex::ui {
 

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "ui/services.h"
+#include "ui/base/services.h"
 
 namespace regvex::ui::modDialogs {
 

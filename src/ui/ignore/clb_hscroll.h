@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "ui/controls.h"
+#include "ui/base/controls.h"
 
 namespace regvex::ui {
 

@@ -9,11 +9,11 @@
 #include <vector>
 
 #include "text/ansi_code_page.h"
-#include "ui/controls.h"
+#include "ui/base/controls.h"
+#include "ui/base/program_state.h"
+#include "ui/base/services.h"
 #include "ui/ignore/clb_hscroll.h"
 #include "ui/ignore/ignore_window.h"
-#include "ui/program_state.h"
-#include "ui/services.h"
 
 namespace regvex::ui {
 

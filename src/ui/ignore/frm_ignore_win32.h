@@ -10,10 +10,10 @@
 #include <memory>
 
 #include "text/ansi_code_page.h"
+#include "ui/base/program_state.h"
+#include "ui/base/services.h"
 #include "ui/ignore/frm_ignore.h"
 #include "ui/ignore/ignore_window.h"
-#include "ui/program_state.h"
-#include "ui/services.h"
 
 namespace regvex::ui {
 

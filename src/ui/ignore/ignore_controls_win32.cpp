@@ -3,7 +3,7 @@
 #include <stdexcept>
 
 #include "text/wide_text_win32.h"
-#include "ui/win32_controls_win32.h"
+#include "ui/base/win32_controls_win32.h"
 
 namespace regvex::ui {
 

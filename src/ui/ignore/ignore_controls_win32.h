@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "ui/controls.h"
+#include "ui/base/controls.h"
 
 namespace regvex::ui {
 

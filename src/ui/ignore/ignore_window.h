@@ -2,7 +2,7 @@
 // The program's one ignore-list window, as the main window reaches it: loaded on first
 // use (reading the ignore file), kept hidden or shown until it is closed or unloaded.
 
-#include "ui/controls.h"
+#include "ui/base/controls.h"
 
 namespace regvex::ui {
 

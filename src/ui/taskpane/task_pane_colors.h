@@ -3,7 +3,7 @@
 // is drawn over, whatever the scheme: some schemes (Wine's own, among them) give the
 // hot-track colour of links a pale grey that would vanish on the pane's light bodies.
 
-#include "ui/services.h"
+#include "ui/base/services.h"
 
 namespace regvex::ui {
 

@@ -10,7 +10,7 @@
 #include "support/forwarding_registry.h"
 #include "system/process.h"
 #include "ui/about/frm_about.h"
-#include "ui/services.h"
+#include "ui/base/services.h"
 
 namespace regvex::testing {
 

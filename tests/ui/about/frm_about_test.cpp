@@ -10,7 +10,7 @@
 #include "support/memory_controls.h"
 #include "support/registry_fixtures.h"
 #include "support/scripted_services.h"
-#include "ui/program_version.h"
+#include "ui/base/program_version.h"
 
 namespace regvex::ui {
 namespace {

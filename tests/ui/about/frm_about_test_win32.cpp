@@ -16,8 +16,8 @@
 #include "about_doubles.h"
 #include "support/registry_fixtures.h"
 #include "text/wide_text_win32.h"
-#include "ui/gdi_win32.h"
-#include "ui/program_version.h"
+#include "ui/base/gdi_win32.h"
+#include "ui/base/program_version.h"
 
 namespace regvex::ui {
 namespace {

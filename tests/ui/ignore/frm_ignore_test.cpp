@@ -10,8 +10,8 @@
 #include "engine/run_time_error.h"
 #include "support/memory_controls.h"
 #include "support/scripted_services.h"
+#include "ui/base/program_version.h"
 #include "ui/ignore/ignore_window.h"
-#include "ui/program_version.h"
 
 namespace regvex::ui {
 namespace {

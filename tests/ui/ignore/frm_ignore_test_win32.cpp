@@ -17,7 +17,7 @@
 #include "text/ansi_code_page_win32.h"
 #include "text/utf8_path.h"
 #include "text/wide_text_win32.h"
-#include "ui/gdi_win32.h"
+#include "ui/base/gdi_win32.h"
 #include "win32/test_support_win32.h"
 
 namespace regvex::ui {

@@ -1,4 +1,4 @@
-#include "ui/form_resizer_win32.h"
+#include "ui/base/form_resizer_win32.h"
 
 #include <cmath>
 

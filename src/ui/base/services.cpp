@@ -1,7 +1,7 @@
-#include "ui/services.h"
+#include "ui/base/services.h"
 
 #include "engine/run_time_error.h"
-#include "ui/program_version.h"
+#include "ui/base/program_version.h"
 
 namespace regvex::ui {
 

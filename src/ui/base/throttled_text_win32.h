@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "ui/controls.h"
+#include "ui/base/controls.h"
 
 namespace regvex::ui {
 

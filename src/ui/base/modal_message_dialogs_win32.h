@@ -5,7 +5,7 @@
 
 #include <windows.h>
 
-#include "ui/services.h"
+#include "ui/base/services.h"
 
 namespace regvex::ui {
 

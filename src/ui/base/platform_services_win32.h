@@ -7,8 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "ui/frm_main.h"
-#include "ui/services.h"
+#include "ui/base/services.h"
 
 namespace regvex::ui {
 

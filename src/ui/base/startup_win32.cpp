@@ -1,4 +1,4 @@
-#include "ui/startup_win32.h"
+#include "ui/base/startup_win32.h"
 
 #include <commctrl.h>
 #include <ole2.h>

@@ -8,7 +8,7 @@
 #include <map>
 #include <vector>
 
-#include "ui/gdi_win32.h"
+#include "ui/base/gdi_win32.h"
 
 namespace regvex::ui {
 

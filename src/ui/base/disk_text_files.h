@@ -1,7 +1,7 @@
 #pragma once
 // Text files on disk, by UTF-8 path.
 
-#include "ui/services.h"
+#include "ui/base/services.h"
 
 namespace regvex::ui {
 

@@ -1,4 +1,4 @@
-#include "ui/win32_controls_win32.h"
+#include "ui/base/win32_controls_win32.h"
 
 #include <commctrl.h>
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "ui/controls.h"
-#include "ui/throttled_text_win32.h"
+#include "ui/base/controls.h"
+#include "ui/base/throttled_text_win32.h"
 
 namespace regvex::ui {
 

@@ -1,4 +1,4 @@
-#include "ui/platform_services_win32.h"
+#include "ui/base/platform_services_win32.h"
 
 #include <shellapi.h>
 

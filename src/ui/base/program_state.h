@@ -4,7 +4,7 @@
 #include <string>
 
 #include "system/system_version.h"
-#include "ui/services.h"
+#include "ui/base/services.h"
 
 namespace regvex::ui {
 

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-#include "ui/services.h"
+#include "ui/base/services.h"
 
 namespace regvex::ui {
 

@@ -1,7 +1,7 @@
-#include "ui/throttled_text_win32.h"
+#include "ui/base/throttled_text_win32.h"
 
 #include "text/wide_text_win32.h"
-#include "ui/win32_controls_win32.h"
+#include "ui/base/win32_controls_win32.h"
 
 namespace regvex::ui {
 

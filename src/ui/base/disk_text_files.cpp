@@ -1,4 +1,4 @@
-#include "ui/disk_text_files.h"
+#include "ui/base/disk_text_files.h"
 
 #include <fstream>
 #include <iterator>
