@@ -9,6 +9,7 @@
 namespace regvex::backup {
 
 using text::Concat;
+using text::ReverseText;
 
 namespace {
 
@@ -86,20 +87,6 @@ void AppendUtf16Le(std::string& out, std::string_view utf8) {
 }
 
 }  // namespace
-
-std::string ReverseText(std::string_view text) {
-    std::string reversed(text.size(), '\0');
-    std::size_t end = text.size();
-    std::size_t pos = 0;
-    while (pos < text.size()) {
-        const std::size_t start = pos;
-        text::DecodeUtf8(text, pos);
-        const std::size_t length = pos - start;
-        end -= length;
-        reversed.replace(end, length, text.substr(start, length));
-    }
-    return reversed;
-}
 
 std::string EscapeRegText(std::string_view text) {
     std::string doubled;

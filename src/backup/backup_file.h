@@ -20,9 +20,6 @@ struct BackupRow {
     std::string value;
 };
 
-// The text with its characters (code points) in reverse order.
-std::string ReverseText(std::string_view text);
-
 // Backslashes doubled first, then every double quote preceded by a backslash.
 std::string EscapeRegText(std::string_view text);
 

@@ -155,6 +155,20 @@ std::size_t CommonPrefixLength(std::string_view a, std::string_view b) {
     return i;
 }
 
+std::string ReverseText(std::string_view text) {
+    std::string reversed(text.size(), '\0');
+    std::size_t end = text.size();
+    std::size_t pos = 0;
+    while (pos < text.size()) {
+        const std::size_t start = pos;
+        DecodeUtf8(text, pos);
+        const std::size_t length = pos - start;
+        end -= length;
+        reversed.replace(end, length, text.substr(start, length));
+    }
+    return reversed;
+}
+
 bool IsAscii(std::string_view text) {
     for (const char c : text) {
         if (static_cast<unsigned char>(c) >= 0x80) {

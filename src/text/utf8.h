@@ -27,6 +27,9 @@ std::size_t Utf16Length(std::string_view text);
 // The first `count` characters (code points) of `text`, or all of it.
 std::string_view LeftChars(std::string_view text, std::size_t count);
 
+// The text with its characters (code points) in reverse order.
+std::string ReverseText(std::string_view text);
+
 bool IsAscii(std::string_view text);
 
 // How many leading bytes two texts share; compared eight bytes at a time.

@@ -1,8 +1,8 @@
 // "View Subkey in Registry Editor": the Registry Editor opens the key it showed last,
 // so the finding's key is written there as the key it showed last, then it is started.
 
-#include "backup/backup_file.h"
 #include "text/concat.h"
+#include "text/utf8.h"
 #include "ui/base/program_version.h"
 #include "ui/frm_main.h"
 
@@ -15,13 +15,13 @@ constexpr std::string_view kRegeditKey =
 
 // Drops a trailing backslash, or else the path's last element with its backslash.
 std::string KeyOfValuePath(const std::string& path) {
-    const std::string reversed = backup::ReverseText(path);
+    const std::string reversed = text::ReverseText(path);
     if (!reversed.empty() && reversed.front() == '\\') {
-        return backup::ReverseText(std::string_view(reversed).substr(1));
+        return text::ReverseText(std::string_view(reversed).substr(1));
     }
     const std::size_t p = reversed.find('\\');
-    return backup::ReverseText(p == std::string::npos ? std::string_view()
-                                                      : std::string_view(reversed).substr(p + 1));
+    return text::ReverseText(p == std::string::npos ? std::string_view()
+                                                    : std::string_view(reversed).substr(p + 1));
 }
 
 }  // namespace

@@ -114,14 +114,6 @@ TEST(BackupFile, TextOutsideTheCodePageMakesTheWholeFileUnicode) {
                      "\"\xE6\x97\xA5\"=\"C:\\\\\xE6\x97\xA5\\\\\xC3\xA9.exe\""}));
 }
 
-TEST(BackupFile, ReverseTextKeepsCharactersWhole) {
-    EXPECT_EQ(ReverseText(""), "");
-    EXPECT_EQ(ReverseText("abc"), "cba");
-    EXPECT_EQ(ReverseText("a\xC3\xA9\xE6\x97\xA5z"),
-              "z\xE6\x97\xA5\xC3\xA9"
-              "a");
-}
-
 TEST(BackupFile, NamesComeFromTheDateTextWithSlashesAndColonsReplaced) {
     EXPECT_EQ(BackupFileName("12/31/2013 11:59:59 PM"), "Backup (12-31-2013 11.59.59 PM).reg");
     EXPECT_EQ(BackupFileName("31.12.2013 23:59:59"), "Backup (31.12.2013 23.59.59).reg");

@@ -101,6 +101,14 @@ TEST(Utf8, RoundTripsThroughUtf16AndCountsUnits) {
     EXPECT_EQ(LeftChars("ab", 5), "ab");
 }
 
+TEST(Utf8, ReverseTextKeepsCharactersWhole) {
+    EXPECT_EQ(ReverseText(""), "");
+    EXPECT_EQ(ReverseText("abc"), "cba");
+    EXPECT_EQ(ReverseText("a\xC3\xA9\xE6\x97\xA5z"),
+              "z\xE6\x97\xA5\xC3\xA9"
+              "a");
+}
+
 TEST(Utf8, MalformedInputBecomesReplacementCharacters) {
     EXPECT_EQ(Utf8ToUtf16("\xFF"), std::u16string(1, u'\xFFFD'));
     EXPECT_EQ(Utf8ToUtf16("\xC3"), std::u16string(1, u'\xFFFD'));          // cut short
