@@ -16,7 +16,7 @@
 #include "engine/win32_registry_win32.h"
 #include "scan/finding_verdict.h"
 #include "system/system_info_win32.h"
-#include "test_support_win32.h"
+#include "win32/test_support_win32.h"
 
 namespace regvex {
 namespace {

@@ -12,9 +12,9 @@
 #include "engine/file_existence_win32.h"
 #include "system/process_win32.h"
 #include "system/system_info_win32.h"
-#include "test_support_win32.h"
 #include "text/ansi_code_page_win32.h"
 #include "text/wide_text_win32.h"
+#include "win32/test_support_win32.h"
 
 namespace regvex {
 namespace {

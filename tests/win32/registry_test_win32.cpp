@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "engine/win32_registry_win32.h"
-#include "test_support_win32.h"
+#include "win32/test_support_win32.h"
 
 namespace regvex {
 namespace {

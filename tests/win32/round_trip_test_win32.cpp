@@ -19,7 +19,6 @@
 #include "round_trip/round_trip_tree.h"
 #include "system/process_win32.h"
 #include "system/system_info_win32.h"
-#include "test_support_win32.h"
 #include "text/ansi_code_page_win32.h"
 #include "text/upper_case.h"
 #include "ui/base/disk_text_files.h"
@@ -30,6 +29,7 @@
 #include "ui/main_menus_win32.h"
 #include "ui/main_window_fakes.h"
 #include "ui/main_window_win32.h"
+#include "win32/test_support_win32.h"
 
 namespace regvex::testing {
 namespace {

@@ -9,10 +9,10 @@
 #include <vector>
 
 #include "engine/win32_registry_win32.h"
-#include "test_support_win32.h"
 #include "ui/base/win32_controls_win32.h"
 #include "ui/main_menus_win32.h"
 #include "ui/program_win32.h"
+#include "win32/test_support_win32.h"
 
 namespace regvex {
 namespace {
