@@ -109,7 +109,7 @@ int ReadFiles(int argc, char** argv) {
     std::string outcome = "ok";
     for (int i = 2; i < argc; ++i) {
         const auto start = std::chrono::steady_clock::now();
-        const auto error = ImportRegFile(argv[i], registry, text::DefaultAnsiCodePage());
+        const auto error = backup::ImportRegFile(argv[i], registry, text::DefaultAnsiCodePage());
         const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
         seconds << (i > 2 ? "," : "") << took.count();
         if (error) {

@@ -139,11 +139,11 @@ class MemoryRegistrySink final : public RegistrySink {
 
 class FindingCounter final : public SearchEvents {
   public:
-    explicit FindingCounter(const FindingRules& rules) : rules_(rules) {}
+    explicit FindingCounter(const scan::FindingRules& rules) : rules_(rules) {}
 
     void SearchFound(std::string_view, std::string_view sKey, std::string_view sValue,
                      std::int32_t) override {
-        if (IsListedFinding(rules_, sKey, sValue)) {
+        if (scan::IsListedFinding(rules_, sKey, sValue)) {
             ++findings_;
         }
     }
@@ -153,7 +153,7 @@ class FindingCounter final : public SearchEvents {
     std::int32_t reason() const { return reason_; }
 
   private:
-    const FindingRules& rules_;
+    const scan::FindingRules& rules_;
     std::size_t findings_ = 0;
     std::int32_t reason_ = -1;
 };
@@ -176,13 +176,13 @@ ScanResult Scan(Registry& registry, const std::filesystem::path& drive_c) {
     {
         DriveMapFileExistence files;
         files.Map('C', drive_c);
-        FindingRules rules;
+        scan::FindingRules rules;
         rules.scan_drive = "C:\\";
         rules.files = &files;
         rules.safe_scan = false;
         QuietSearchHost host;
         FindingCounter events(rules);
-        cRegSearch search(registry, host, events, KeyMasksFor(false).KeyAccessMask);
+        cRegSearch search(registry, host, events, system::KeyMasksFor(false).KeyAccessMask);
         search.RootKey(kHkeyAll);
         search.SubKey("");
         search.SearchFlags(search_flags::kValueNames | search_flags::kValueData);
@@ -221,7 +221,7 @@ class BareWalk {
   private:
     void Walk(RootKeyHandle root, const std::string& path) {
         ScopedKey key;
-        if (ScopedKey::Open(registry_, root, path, KeyMasksFor(false).KeyAccessMask, key) !=
+        if (ScopedKey::Open(registry_, root, path, system::KeyMasksFor(false).KeyAccessMask, key) !=
             reg::kSuccess) {
             return;
         }

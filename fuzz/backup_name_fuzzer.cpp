@@ -21,7 +21,7 @@ namespace {
 using namespace regvex;
 
 // A folder that holds the given names, each file as long as its name.
-class NamedFiles final : public FileSystem {
+class NamedFiles final : public system::FileSystem {
   public:
     explicit NamedFiles(std::vector<std::string> names) : names_(std::move(names)) {}
     bool Exists(const std::string&) override { return true; }

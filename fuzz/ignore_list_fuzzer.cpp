@@ -15,7 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     using namespace regvex;
     static const text::Windows1252CodePage ansi;
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
-    const std::vector<std::string> entries = LoadIgnoreEntries(bytes, ansi);
+    const std::vector<std::string> entries = ignore::LoadIgnoreEntries(bytes, ansi);
     for (const std::string& entry : entries) {
         // Entries are held upper-case, and a line never holds a line end.
         if (text::UpperCase(entry) != entry || entry.find('\r') != std::string::npos) {
@@ -23,11 +23,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         }
     }
     // The file written holds exactly the entries, one a line.
-    const std::string written = IgnoreFileBytes(entries, ansi);
-    if (SplitIgnoreLines(written).size() != entries.size()) {
+    const std::string written = ignore::IgnoreFileBytes(entries, ansi);
+    if (ignore::SplitIgnoreLines(written).size() != entries.size()) {
         __builtin_trap();
     }
-    LoadIgnoreEntries(written, ansi);
-    IsIgnored(entries, "C:\\PROGRAM FILES\\APP\\APP.EXE", "SOFTWARE\\VENDOR\\APP\\VALUE");
+    ignore::LoadIgnoreEntries(written, ansi);
+    scan::IsIgnored(entries, "C:\\PROGRAM FILES\\APP\\APP.EXE", "SOFTWARE\\VENDOR\\APP\\VALUE");
     return 0;
 }

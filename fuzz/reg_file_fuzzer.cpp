@@ -25,20 +25,20 @@ class HalfTheFiles final : public FileExistence {
 // The scan's own handler: every match goes through the verdict, as in the program.
 class VerdictEvents final : public SearchEvents {
   public:
-    explicit VerdictEvents(const FindingRules& rules) : rules_(rules) {}
+    explicit VerdictEvents(const scan::FindingRules& rules) : rules_(rules) {}
     void SearchFound(std::string_view sRootKey, std::string_view sKey, std::string_view sValue,
                      std::int32_t lFound) override {
         if (sRootKey.empty() || lFound < 0 || lFound > 2) {
             __builtin_trap();
         }
-        IsListedFinding(rules_, sKey, sValue);
+        scan::IsListedFinding(rules_, sKey, sValue);
     }
     void SearchFinished(std::int32_t lReason) override { reason = lReason; }
 
     std::int32_t reason = -1;
 
   private:
-    const FindingRules& rules_;
+    const scan::FindingRules& rules_;
 };
 
 }  // namespace
@@ -47,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const text::Windows1252CodePage ansi;
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
     MemoryRegistry registry(ansi);
-    if (const auto error = ImportRegText(bytes, registry, ansi)) {
+    if (const auto error = backup::ImportRegText(bytes, registry, ansi)) {
         if (error->message.empty()) {
             __builtin_trap();  // a refusal that does not say why
         }
@@ -56,7 +56,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     HalfTheFiles files;
     const std::string ignore_entries[] = {"IGNORED", "SOFTWARE\\KEPT"};
-    const FindingRules rules{"C:\\", &files, ignore_entries, false};
+    const scan::FindingRules rules{"C:\\", &files, ignore_entries, false};
     QuietSearchHost host;
     VerdictEvents events(rules);
     cRegSearch search(registry, host, events, reg::kKeyAllAccess);

@@ -63,7 +63,7 @@ std::string BackupSizeText(std::uint64_t size) {
     return result + " KB";
 }
 
-std::vector<std::string> BackupFileNames(FileSystem& files, const std::string& folder) {
+std::vector<std::string> BackupFileNames(system::FileSystem& files, const std::string& folder) {
     std::vector<std::string> names = files.FileNames(folder);
     std::erase_if(names, [](const std::string& name) { return !HasRegExtension(name); });
     std::vector<std::pair<std::string, std::string>> keyed;
@@ -84,7 +84,8 @@ std::vector<std::string> BackupFileNames(FileSystem& files, const std::string& f
     return names;
 }
 
-void ListBackups(FileSystem& files, const std::string& folder, std::vector<BackupEntry>& entries) {
+void ListBackups(system::FileSystem& files, const std::string& folder,
+                 std::vector<BackupEntry>& entries) {
     int number = 0;
     for (const std::string& name : BackupFileNames(files, folder)) {
         BackupEntry entry;

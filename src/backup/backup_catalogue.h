@@ -23,7 +23,7 @@ std::string BackupSizeText(std::uint64_t size);
 
 // The "*.reg" files of the folder, in case-insensitive alphabetical order, as a file
 // list shows them.
-std::vector<std::string> BackupFileNames(FileSystem& files, const std::string& folder);
+std::vector<std::string> BackupFileNames(system::FileSystem& files, const std::string& folder);
 
 struct BackupEntry {
     std::string number_text;  // "Backup #1"
@@ -35,6 +35,7 @@ struct BackupEntry {
 // Every backup in the folder, numbered by its place in the listing. Throws a run-time
 // error when a file cannot be read or its name gives no date text; the entries listed
 // before it are in `entries`.
-void ListBackups(FileSystem& files, const std::string& folder, std::vector<BackupEntry>& entries);
+void ListBackups(system::FileSystem& files, const std::string& folder,
+                 std::vector<BackupEntry>& entries);
 
 }  // namespace regvex::backup

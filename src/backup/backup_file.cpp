@@ -162,7 +162,7 @@ std::string BackupsFolder(std::string_view program_folder) {
     return Concat({program_folder, "\\RegBackups"});
 }
 
-std::string CreateBackupFile(FileSystem& files, std::string_view program_folder,
+std::string CreateBackupFile(system::FileSystem& files, std::string_view program_folder,
                              std::string_view date_text, const std::vector<BackupRow>& rows,
                              const text::AnsiCodePage& ansi) {
     constexpr int kErrorPathFileAccess = 75;

@@ -47,7 +47,7 @@ std::string BackupsFolder(std::string_view program_folder);
 // Writes the backup of `rows` into the backups folder (created when missing) under the
 // name made from `date_text`, replacing a file of that name, and answers its path.
 // Throws a run-time error when the folder or the file cannot be written.
-std::string CreateBackupFile(FileSystem& files, std::string_view program_folder,
+std::string CreateBackupFile(system::FileSystem& files, std::string_view program_folder,
                              std::string_view date_text, const std::vector<BackupRow>& rows,
                              const text::AnsiCodePage& ansi);
 

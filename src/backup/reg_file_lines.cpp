@@ -8,7 +8,7 @@
 
 #include "text/utf8.h"
 
-namespace regvex {
+namespace regvex::backup {
 
 namespace {
 
@@ -376,4 +376,4 @@ bool RegFileLines::Next(std::string_view& line) {
     return true;
 }
 
-}  // namespace regvex
+}  // namespace regvex::backup

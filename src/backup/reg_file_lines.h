@@ -19,7 +19,7 @@
 #include "backup/reg_file_reader.h"
 #include "text/ansi_code_page.h"
 
-namespace regvex {
+namespace regvex::backup {
 
 // Where the bytes come from.
 class ByteSource {
@@ -98,4 +98,4 @@ class RegFileLines {
     std::optional<RegFileError> error_;
 };
 
-}  // namespace regvex
+}  // namespace regvex::backup

@@ -11,7 +11,7 @@
 #include "text/hex_digit.h"
 #include "text/utf8.h"
 
-namespace regvex {
+namespace regvex::backup {
 
 namespace {
 
@@ -418,4 +418,4 @@ void RegFileParser::ParseHexData(std::string_view data, std::size_t base,
     }
 }
 
-}  // namespace regvex
+}  // namespace regvex::backup

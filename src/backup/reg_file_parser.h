@@ -15,7 +15,7 @@
 #include "engine/root_keys.h"
 #include "text/ansi_code_page.h"
 
-namespace regvex {
+namespace regvex::backup {
 
 struct RegFileChange {
     enum class Kind { kOpenKey, kDeleteKey, kSetValue, kDeleteValue };
@@ -65,4 +65,4 @@ class RegFileParser {
     JoinedLine joined_;
 };
 
-}  // namespace regvex
+}  // namespace regvex::backup

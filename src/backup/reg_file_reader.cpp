@@ -11,7 +11,7 @@
 #include "backup/reg_file_parser.h"
 #include "engine/registry.h"
 
-namespace regvex {
+namespace regvex::backup {
 
 namespace {
 
@@ -162,4 +162,4 @@ std::optional<RegFileError> ImportRegFile(const std::filesystem::path& file,
     }
 }
 
-}  // namespace regvex
+}  // namespace regvex::backup

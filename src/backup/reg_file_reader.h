@@ -12,7 +12,7 @@
 #include "engine/memory_registry.h"
 #include "text/ansi_code_page.h"
 
-namespace regvex {
+namespace regvex::backup {
 
 struct RegFileError {
     std::size_t line = 0;  // 1-based; 0 when the file itself could not be read
@@ -27,4 +27,4 @@ std::optional<RegFileError> ImportRegText(std::string_view bytes, MemoryRegistry
 std::optional<RegFileError> ImportRegFile(const std::filesystem::path& file,
                                           MemoryRegistry& registry, const text::AnsiCodePage& ansi);
 
-}  // namespace regvex
+}  // namespace regvex::backup

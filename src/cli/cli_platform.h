@@ -20,9 +20,9 @@ class RepairPlatform {
   public:
     virtual ~RepairPlatform() = default;
     virtual std::string ProgramFolder() = 0;
-    virtual FileSystem& Disk() = 0;
-    virtual ProcessLauncher& Processes() = 0;
-    virtual FileSystemRedirection& Redirection() = 0;
+    virtual system::FileSystem& Disk() = 0;
+    virtual system::ProcessLauncher& Processes() = 0;
+    virtual system::FileSystemRedirection& Redirection() = 0;
     virtual bool Is64BitWindows() = 0;
     virtual std::string GeneralDateText() = 0;
 };

@@ -22,20 +22,20 @@ namespace {
 
 class Win32Repair final : public RepairPlatform {
   public:
-    std::string ProgramFolder() override { return ProgramFolderOfThisProcess(); }
-    FileSystem& Disk() override { return disk_; }
-    ProcessLauncher& Processes() override { return processes_; }
-    FileSystemRedirection& Redirection() override { return redirection_; }
+    std::string ProgramFolder() override { return system::ProgramFolderOfThisProcess(); }
+    system::FileSystem& Disk() override { return disk_; }
+    system::ProcessLauncher& Processes() override { return processes_; }
+    system::FileSystemRedirection& Redirection() override { return redirection_; }
     bool Is64BitWindows() override {
-        Win32SystemInfo system;
-        return regvex::Is64BitWindows(system);
+        system::Win32SystemInfo system;
+        return regvex::system::Is64BitWindows(system);
     }
-    std::string GeneralDateText() override { return GeneralDateTextNow(); }
+    std::string GeneralDateText() override { return system::GeneralDateTextNow(); }
 
   private:
-    DiskFileSystem disk_;
-    Win32ProcessLauncher processes_;
-    Win32FileSystemRedirection redirection_;
+    system::DiskFileSystem disk_;
+    system::Win32ProcessLauncher processes_;
+    system::Win32FileSystemRedirection redirection_;
 };
 
 class Win32Platform final : public CliPlatform {
@@ -48,8 +48,8 @@ class Win32Platform final : public CliPlatform {
     }
     const text::AnsiCodePage& AnsiCodePage() override { return code_page_; }
     AccessMask KeyAccessMask() override {
-        Win32SystemInfo system;
-        return KeyMasksFor(Is64BitWindows(system)).KeyAccessMask;
+        system::Win32SystemInfo system;
+        return system::KeyMasksFor(system::Is64BitWindows(system)).KeyAccessMask;
     }
     RepairPlatform* Repair(std::string&) override { return &repair_; }
     bool StdoutIsTerminal() override { return _isatty(_fileno(stdout)) != 0; }

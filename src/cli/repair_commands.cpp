@@ -164,7 +164,7 @@ int RunBackups(const std::vector<std::string>& args, std::ostream& out, std::ost
     const backup::BackupEntry& entry = entries[static_cast<std::size_t>(number - 1)];
     const std::string folder = repair->ProgramFolder();
     if (action == "restore") {
-        const RedirectionOff redirection(repair->Redirection(), repair->Is64BitWindows());
+        const system::RedirectionOff redirection(repair->Redirection(), repair->Is64BitWindows());
         const std::uint32_t exit_code =
             repair->Processes().RunAndWait(backup::RestoreCommandLine(folder, entry.file_name));
         if (exit_code != 0) {

@@ -70,7 +70,7 @@ class CliScanEvents final : public SearchEvents {
     // `interactive`: the findings and the progress line share one terminal.
     // Findings are printed to `out` when there is one, and kept in `kept` when there is
     // one.
-    CliScanEvents(const FindingRules& rules, std::ostream* out,
+    CliScanEvents(const scan::FindingRules& rules, std::ostream* out,
                   std::vector<backup::BackupRow>* kept, ProgressLine& progress, bool interactive)
         : rules_(rules), out_(out), kept_(kept), progress_(progress), interactive_(interactive) {}
 
@@ -79,15 +79,15 @@ class CliScanEvents final : public SearchEvents {
 
     void SearchFound(std::string_view sRootKey, std::string_view sKey, std::string_view sValue,
                      std::int32_t lFound) override {
-        if (!IsListedFinding(rules_, sKey, sValue)) {
+        if (!scan::IsListedFinding(rules_, sKey, sValue)) {
             return;
         }
         if (out_ != nullptr) {
             if (interactive_) {
                 progress_.Clear();
             }
-            *out_ << VisibleText(FindingStatus(lFound)) << '\t' << VisibleText(sRootKey) << '\t'
-                  << VisibleText(sKey) << '\t' << VisibleText(sValue) << '\n';
+            *out_ << VisibleText(scan::FindingStatus(lFound)) << '\t' << VisibleText(sRootKey)
+                  << '\t' << VisibleText(sKey) << '\t' << VisibleText(sValue) << '\n';
             if (interactive_) {
                 out_->flush();
             }
@@ -107,7 +107,7 @@ class CliScanEvents final : public SearchEvents {
     std::int32_t reason() const { return reason_; }
 
   private:
-    const FindingRules& rules_;
+    const scan::FindingRules& rules_;
     std::ostream* out_;
     std::vector<backup::BackupRow>* kept_;
     ProgressLine& progress_;
@@ -142,7 +142,7 @@ std::unique_ptr<Registry> LoadRegistry(const ScanOptions& options, std::ostream&
     auto registry = std::make_unique<MemoryRegistry>();
     for (const std::string& file : options.registry_files) {
         const auto error =
-            ImportRegFile(text::PathFromUtf8(file), *registry, platform.AnsiCodePage());
+            backup::ImportRegFile(text::PathFromUtf8(file), *registry, platform.AnsiCodePage());
         if (error) {
             err << "regvexlor-cli: " << VisibleText(file);
             if (error->line != 0) {
@@ -219,7 +219,7 @@ bool LoadIgnoreList(const ScanOptions& options, std::ostream& err, CliPlatform& 
             << "\"\n";
         return false;
     }
-    entries = LoadIgnoreEntries(bytes, platform.AnsiCodePage());
+    entries = ignore::LoadIgnoreEntries(bytes, platform.AnsiCodePage());
     WarnOfSurprisingEntries(options.ignore_file, entries, err);
     return true;
 }
@@ -326,7 +326,7 @@ int Search(const ScanOptions& options, Registry& registry, std::ostream* out,
 
     // The scan as the program runs it: every root, value names and data, the extension
     // filter off.
-    const FindingRules rules{options.scan_drive, files.get(), ignore_entries, false};
+    const scan::FindingRules rules{options.scan_drive, files.get(), ignore_entries, false};
     const bool progress_shown = platform.StderrIsTerminal();
     ProgressLine progress(err, progress_shown);
     CliSearchHost host(progress);

@@ -4,7 +4,7 @@
 
 #include "text/upper_case.h"
 
-namespace regvex {
+namespace regvex::ignore {
 
 namespace {
 
@@ -90,4 +90,4 @@ std::string IgnoreFileBytes(std::span<const std::string> entries,
     return bytes;
 }
 
-}  // namespace regvex
+}  // namespace regvex::ignore

@@ -10,7 +10,7 @@
 
 #include "text/ansi_code_page.h"
 
-namespace regvex {
+namespace regvex::ignore {
 
 // Appended as it stands to the program folder, which never ends in a backslash.
 inline constexpr std::string_view kIgnoreFileName = "\\Ignore.txt";
@@ -61,4 +61,4 @@ std::vector<std::string> LoadIgnoreEntries(std::string_view file_bytes,
 std::string IgnoreFileBytes(std::span<const std::string> entries,
                             const text::AnsiCodePage& code_page);
 
-}  // namespace regvex
+}  // namespace regvex::ignore

@@ -5,7 +5,7 @@
 #include "engine/file_reference.h"
 #include "text/upper_case.h"
 
-namespace regvex {
+namespace regvex::scan {
 
 namespace {
 
@@ -62,4 +62,4 @@ bool IsListedFinding(const FindingRules& rules, std::string_view sKey, std::stri
     return path != kRejected;
 }
 
-}  // namespace regvex
+}  // namespace regvex::scan

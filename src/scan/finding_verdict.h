@@ -9,7 +9,7 @@
 
 #include "engine/path_exists.h"
 
-namespace regvex {
+namespace regvex::scan {
 
 inline constexpr std::string_view kInvalidEntry = "Invalid Entry";
 
@@ -35,4 +35,4 @@ struct FindingRules {
 // extension, nor a text that names no plain path.
 bool IsListedFinding(const FindingRules& rules, std::string_view sKey, std::string_view sValue);
 
-}  // namespace regvex
+}  // namespace regvex::scan

@@ -4,7 +4,7 @@
 #include "system/file_system.h"
 #include "text/utf8_path.h"
 
-namespace regvex {
+namespace regvex::system {
 
 namespace fs = std::filesystem;
 
@@ -55,4 +55,4 @@ bool DiskFileSystem::RemoveFile(const std::string& path) {
     return fs::remove(text::PathFromUtf8(path), error) && !error;
 }
 
-}  // namespace regvex
+}  // namespace regvex::system

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace regvex {
+namespace regvex::system {
 
 class FileSystem {
   public:
@@ -37,4 +37,4 @@ class DiskFileSystem final : public FileSystem {
     bool RemoveFile(const std::string& path) override;
 };
 
-}  // namespace regvex
+}  // namespace regvex::system

@@ -5,8 +5,8 @@
 
 #include <string>
 
-namespace regvex {
+namespace regvex::system {
 
 std::string GeneralDateTextNow();
 
-}  // namespace regvex
+}  // namespace regvex::system

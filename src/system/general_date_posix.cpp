@@ -3,7 +3,7 @@
 
 #include "system/general_date.h"
 
-namespace regvex {
+namespace regvex::system {
 
 std::string GeneralDateTextNow() {
     // The user's locale, as a Windows program would follow the user's settings.
@@ -17,4 +17,4 @@ std::string GeneralDateTextNow() {
     return std::string(text, length);
 }
 
-}  // namespace regvex
+}  // namespace regvex::system

@@ -3,7 +3,7 @@
 #include "system/general_date.h"
 #include "text/wide_text_win32.h"
 
-namespace regvex {
+namespace regvex::system {
 
 namespace {
 
@@ -36,4 +36,4 @@ std::string GeneralDateTextNow() {
     return text::FromWide(text);
 }
 
-}  // namespace regvex
+}  // namespace regvex::system

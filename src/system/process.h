@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-namespace regvex {
+namespace regvex::system {
 
 class ProcessLauncher {
   public:
@@ -46,4 +46,4 @@ class RedirectionOff {
     std::uintptr_t old_value_;
 };
 
-}  // namespace regvex
+}  // namespace regvex::system

@@ -7,7 +7,7 @@
 #include "system/unique_handle_win32.h"
 #include "text/wide_text_win32.h"
 
-namespace regvex {
+namespace regvex::system {
 
 std::uint32_t Win32ProcessLauncher::RunAndWait(const std::string& command_line) {
     // CreateProcessW may write into the command line, so it gets a copy of its own.
@@ -60,4 +60,4 @@ void Win32FileSystemRedirection::Revert(std::uintptr_t old_value) {
     Wow64RevertWow64FsRedirection(reinterpret_cast<void*>(old_value));
 }
 
-}  // namespace regvex
+}  // namespace regvex::system

@@ -3,7 +3,7 @@
 
 #include "system/process.h"
 
-namespace regvex {
+namespace regvex::system {
 
 class Win32ProcessLauncher final : public ProcessLauncher {
   public:
@@ -17,4 +17,4 @@ class Win32FileSystemRedirection final : public FileSystemRedirection {
     void Revert(std::uintptr_t old_value) override;
 };
 
-}  // namespace regvex
+}  // namespace regvex::system

@@ -4,7 +4,7 @@
 
 #include "text/wide_text_win32.h"
 
-namespace regvex {
+namespace regvex::system {
 
 std::string ProgramFolderOfThisProcess() {
     std::wstring path(MAX_PATH, L'\0');
@@ -20,4 +20,4 @@ std::string ProgramFolderOfThisProcess() {
     return text::FromWide(path.substr(0, path.find_last_of(L'\\')));
 }
 
-}  // namespace regvex
+}  // namespace regvex::system

@@ -4,8 +4,8 @@
 
 #include <string>
 
-namespace regvex {
+namespace regvex::system {
 
 std::string ProgramFolderOfThisProcess();
 
-}  // namespace regvex
+}  // namespace regvex::system

@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-namespace regvex {
+namespace regvex::system {
 
 OsVersion Win32SystemInfo::Version() {
     OSVERSIONINFOW info{};
@@ -26,4 +26,4 @@ std::uint16_t Win32SystemInfo::NativeProcessorArchitecture() {
     return info.wProcessorArchitecture;
 }
 
-}  // namespace regvex
+}  // namespace regvex::system

@@ -3,7 +3,7 @@
 
 #include "system/system_version.h"
 
-namespace regvex {
+namespace regvex::system {
 
 class Win32SystemInfo final : public SystemInfo {
   public:
@@ -11,4 +11,4 @@ class Win32SystemInfo final : public SystemInfo {
     std::uint16_t NativeProcessorArchitecture() override;
 };
 
-}  // namespace regvex
+}  // namespace regvex::system

@@ -1,6 +1,6 @@
 #include "system/system_version.h"
 
-namespace regvex {
+namespace regvex::system {
 
 std::string VersionText(OsVersion version) {
     return std::to_string(version.major) + "." + std::to_string(version.minor);
@@ -28,4 +28,4 @@ KeyMasks KeyMasksFor(bool is_64_bit_windows) {
                     reg::kKeyAllAccess | reg::kKeyWow64_64Key};
 }
 
-}  // namespace regvex
+}  // namespace regvex::system

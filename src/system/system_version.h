@@ -6,7 +6,7 @@
 
 #include "engine/registry.h"
 
-namespace regvex {
+namespace regvex::system {
 
 struct OsVersion {
     std::uint32_t major = 0;
@@ -45,4 +45,4 @@ struct KeyMasks {
 // build of the program reaches the same keys as the system's own tools.
 KeyMasks KeyMasksFor(bool is_64_bit_windows);
 
-}  // namespace regvex
+}  // namespace regvex::system

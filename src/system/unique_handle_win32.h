@@ -3,7 +3,7 @@
 
 #include <windows.h>
 
-namespace regvex {
+namespace regvex::system {
 
 class UniqueHandle {
   public:
@@ -46,4 +46,4 @@ class UniqueHandle {
     HANDLE handle_ = nullptr;
 };
 
-}  // namespace regvex
+}  // namespace regvex::system

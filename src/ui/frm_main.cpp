@@ -191,9 +191,9 @@ void frmMain::mnuAbout_Click() {
 }
 
 void frmMain::ShowHelp() {
-    const std::string path = HelpFilePath(state_.program_folder);
+    const std::string path = help::HelpFilePath(state_.program_folder);
     if (!s_.shell.ShowHelp(path)) {
-        Message(HelpNotShownMessage(path, PathExists(s_.files, path)), mb::kExclamation,
+        Message(help::HelpNotShownMessage(path, PathExists(s_.files, path)), mb::kExclamation,
                 kProductName);
     }
 }

@@ -91,16 +91,16 @@ struct MainServices {
     MessagePump& pump;
     Shell& shell;
     Screen& screen;
-    SystemInfo& system;
+    system::SystemInfo& system;
     Registry& registry;
     FileExistence& files;
-    FileSystemRedirection& redirection;
+    system::FileSystemRedirection& redirection;
     // The backups beside the program, the system programs that restore and show them,
     // and the code page the backups are written in.
-    FileSystem& disk;
-    ProcessLauncher& processes;
+    system::FileSystem& disk;
+    system::ProcessLauncher& processes;
     const text::AnsiCodePage& code_page;
-    IgnoreWindow& ignore;
+    ignore::IgnoreWindow& ignore;
     MainView& view;
 };
 

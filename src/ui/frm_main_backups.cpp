@@ -124,7 +124,8 @@ void frmMain::Command1_Click() {
             return;
         }
         {
-            const RedirectionOff redirection(s_.redirection, Is64BitWindows(s_.system));
+            const system::RedirectionOff redirection(s_.redirection,
+                                                     system::Is64BitWindows(s_.system));
             s_.processes.RunAndWait(backup::RestoreCommandLine(state_.program_folder, file_name));
         }
         Message("The backup was successfully restored.", mb::kOkOnly, kProductName);

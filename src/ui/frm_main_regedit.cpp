@@ -61,8 +61,8 @@ void frmMain::Regedit_View_Click() {
         s_.registry.SetValue(key.get(), "LastKey", reg::kSz, {bytes, last_key.size()});
     }
     key.Close();
-    if (Is64BitWindows(s_.system)) {
-        const RedirectionOff redirection(s_.redirection, true);
+    if (system::Is64BitWindows(s_.system)) {
+        const system::RedirectionOff redirection(s_.redirection, true);
         s_.processes.Start("regedit.exe");
     }
 }

@@ -40,7 +40,7 @@ std::string ErrorsFound(int count) {
 void frmMain::cmdStartStop_Click() {
     // A scan that runs handles its window's messages, so a second click arrives here
     // while the first one is still inside the search: it only asks the search to stop.
-    const bool is_64_bit = Is64BitWindows(s_.system);
+    const bool is_64_bit = system::Is64BitWindows(s_.system);
     std::uintptr_t redirection = 0;
     try {
         if (is_64_bit) {
@@ -130,7 +130,7 @@ void frmMain::SearchKeyChanged(const std::string& sFullKeyName) {
 void frmMain::cReg_SearchFound(std::string_view sRootKey, std::string_view sKey,
                                std::string_view sValue, std::int32_t lFound) {
     try {
-        const std::string status = FindingStatus(lFound);
+        const std::string status = scan::FindingStatus(lFound);
         const std::string path = ValidatePath(sValue, state_.ScanDrive);
         FileExistence& files = scan_files_ ? *scan_files_ : s_.files;
         if (PathExists(files, path)) {
@@ -142,10 +142,10 @@ void frmMain::cReg_SearchFound(std::string_view sRootKey, std::string_view sKey,
         for (int i = 0; i < CountOfRows(entries.ItemCount()); ++i) {
             ignore_entries.push_back(entries.Item(i));
         }
-        if (IsIgnored(ignore_entries, path, sKey)) {
+        if (scan::IsIgnored(ignore_entries, path, sKey)) {
             return;
         }
-        if (bSafeScan_ && !HasKnownFileExtension(path)) {
+        if (bSafeScan_ && !scan::HasKnownFileExtension(path)) {
             return;
         }
         if (path == kRejected) {

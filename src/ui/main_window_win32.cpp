@@ -20,13 +20,15 @@ constexpr COLORREF kLinkColor = RGB(0, 70, 170);
 
 int TaskIconOf(std::string_view key) {
     static const std::map<std::string_view, int> icons{
-        {"SCAN", kIconScan},       {"CHECKALL", kIconCheckAll}, {"UNCHECK", kIconUncheck},
-        {"DELETE", kIconDelete},   {"RESTORE", kIconRestore},   {"IGNORE", kIconIgnore},
-        {"", kIconInfo},           {"VERSION", kIconVersion},   {"COPY", kIconCopyright},
-        {"COMPANY", kIconCompany}, {"ABOUT", kIconAbout},       {"FACEBOOK1", kIconLike},
+        {"SCAN", taskpane::kIconScan},       {"CHECKALL", taskpane::kIconCheckAll},
+        {"UNCHECK", taskpane::kIconUncheck}, {"DELETE", taskpane::kIconDelete},
+        {"RESTORE", taskpane::kIconRestore}, {"IGNORE", taskpane::kIconIgnore},
+        {"", taskpane::kIconInfo},           {"VERSION", taskpane::kIconVersion},
+        {"COPY", taskpane::kIconCopyright},  {"COMPANY", taskpane::kIconCompany},
+        {"ABOUT", taskpane::kIconAbout},     {"FACEBOOK1", taskpane::kIconLike},
     };
     auto it = icons.find(key);
-    return it == icons.end() ? kNoIcon : it->second;
+    return it == icons.end() ? taskpane::kNoIcon : it->second;
 }
 
 HFONT MakeFont(const wchar_t* face, int points, bool underline) {
@@ -222,9 +224,9 @@ void MainWindow::SetControlsFont(std::string_view font_name) {
 }
 
 void MainWindow::BuildTaskPane(const std::vector<TaskGroupSpec>& groups) {
-    std::vector<TaskGroup> pane;
+    std::vector<taskpane::TaskGroup> pane;
     for (const TaskGroupSpec& source : groups) {
-        TaskGroup group;
+        taskpane::TaskGroup group;
         group.caption = source.caption;
         group.key = source.key;
         group.special = pane.empty();
@@ -270,7 +272,7 @@ void MainWindow::FitFirstColumns() {
 
 void MainWindow::ShowAbout() {
     if (!about_) {
-        about_ = std::make_unique<Win32AboutBox>(Win32AboutBox::Dependencies{
+        about_ = std::make_unique<about::Win32AboutBox>(about::Win32AboutBox::Dependencies{
             services_.dialogs, state_.theme, services_.registry, state_.masks.KeyAccessMask,
             services_.files, services_.processes, services_.shell,
             [this] { SetActiveWindow(window_); }});

@@ -25,14 +25,14 @@ struct MainWindowServices {
     MessagePump& pump;
     Shell& shell;
     Screen& screen;
-    SystemInfo& system;
+    system::SystemInfo& system;
     Registry& registry;
     FileExistence& files;
-    FileSystemRedirection& redirection;
-    FileSystem& disk;
-    ProcessLauncher& processes;
+    system::FileSystemRedirection& redirection;
+    system::FileSystem& disk;
+    system::ProcessLauncher& processes;
     const text::AnsiCodePage& code_page;
-    IgnoreWindow& ignore;
+    ignore::IgnoreWindow& ignore;
     // The results' context-menu commands of the ignore list.
     std::function<void()> add_value_to_ignore;
     std::function<void()> add_subkey_to_ignore;
@@ -83,7 +83,7 @@ class MainWindow final : public MainView {
     ProgramState& state_;
     HWND window_ = nullptr;
     MainMenus menus_;
-    TaskPane task_pane_;
+    taskpane::TaskPane task_pane_;
     FormResizer resizer_;
     UniqueFont font_;
     UniqueFont link_font_;
@@ -104,7 +104,7 @@ class MainWindow final : public MainView {
     std::vector<HWND> scan_panel_, backups_panel_;
 
     std::unique_ptr<frmMain> form_;
-    std::unique_ptr<Win32AboutBox> about_;
+    std::unique_ptr<about::Win32AboutBox> about_;
 };
 
 }  // namespace regvex::ui

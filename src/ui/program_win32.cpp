@@ -24,10 +24,10 @@ Program::Program()
       }),
       shell_(nullptr,
              [this](HWND owner, std::string_view path) { return help_.Show(owner, path); }) {
-    state_.masks = KeyMasksFor(Is64BitWindows(system_));
+    state_.masks = system::KeyMasksFor(system::Is64BitWindows(system_));
     state_.theme = ThemeFromWindowBackground();
     InitCommonControlsSafe();
-    state_.program_folder = ProgramFolderOfThisProcess();
+    state_.program_folder = system::ProgramFolderOfThisProcess();
 }
 
 Program::~Program() {
@@ -40,8 +40,8 @@ bool Program::Start(int show) {
         MainWindowServices{
             dialogs_, clock_, pump_, shell_, screen_, system_, registry_, existence_, redirection_,
             disk_, processes_, code_page_, ignore_,
-            [this] { AddToIgnore_Click(main_window_->results(), ignore_, state_); },
-            [this] { AddSubkeyToIgnore_Click(main_window_->results(), ignore_, state_); }},
+            [this] { ignore::AddToIgnore_Click(main_window_->results(), ignore_, state_); },
+            [this] { ignore::AddSubkeyToIgnore_Click(main_window_->results(), ignore_, state_); }},
         state_);
     if (!main_window_->Create(show)) {
         return false;

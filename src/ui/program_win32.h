@@ -38,21 +38,21 @@ class Program {
 
   private:
     ProgramState state_;
-    Win32SystemInfo system_;
-    Win32MessageDialogs dialogs_;
+    system::Win32SystemInfo system_;
+    dialogs::Win32MessageDialogs dialogs_;
     DiskTextFiles files_;
     text::SystemAnsiCodePage code_page_;
-    Win32IgnoreWindow ignore_;
+    ignore::Win32IgnoreWindow ignore_;
     Win32Clock clock_;
     Win32MessagePump pump_;
-    HelpViewer help_;
+    help::HelpViewer help_;
     Win32Shell shell_;
     Win32Screen screen_;
     Win32Registry registry_;
     Win32FileExistence existence_;
-    Win32FileSystemRedirection redirection_;
-    DiskFileSystem disk_;
-    Win32ProcessLauncher processes_;
+    system::Win32FileSystemRedirection redirection_;
+    system::DiskFileSystem disk_;
+    system::Win32ProcessLauncher processes_;
     std::unique_ptr<MainWindow> main_window_;
 };
 

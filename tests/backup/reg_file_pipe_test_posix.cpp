@@ -14,7 +14,7 @@
 #include "backup/reg_file_reader.h"
 #include "support/registry_dump.h"
 
-namespace regvex {
+namespace regvex::backup {
 namespace {
 
 TEST(RegFilePipe, APipeIsReadAsItComesAndAVersion5FileIsReadAheadForItsEncoding) {
@@ -50,4 +50,4 @@ TEST(RegFilePipe, APipeIsReadAsItComesAndAVersion5FileIsReadAheadForItsEncoding)
 }
 
 }  // namespace
-}  // namespace regvex
+}  // namespace regvex::backup

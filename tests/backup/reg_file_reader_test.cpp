@@ -10,7 +10,7 @@
 #include "support/registry_dump.h"
 #include "text/utf8.h"
 
-namespace regvex {
+namespace regvex::backup {
 namespace {
 
 using namespace std::string_literals;
@@ -336,4 +336,4 @@ TEST(RegFileReader, ARefusingRegistryIsReportedAtTheLine) {
 }
 
 }  // namespace
-}  // namespace regvex
+}  // namespace regvex::backup

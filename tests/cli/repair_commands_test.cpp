@@ -19,7 +19,8 @@ constexpr const char* kBackups = "C:\\Vexlor\\RegBackups";
 class LivePlatform final : public CliPlatform, public RepairPlatform {
   public:
     LivePlatform() {
-        const auto error = ImportRegFile(kFixtures + "/scan_examples.reg", registry, code_page_);
+        const auto error =
+            backup::ImportRegFile(kFixtures + "/scan_examples.reg", registry, code_page_);
         if (error) {
             throw std::runtime_error(error->message);
         }
@@ -36,9 +37,9 @@ class LivePlatform final : public CliPlatform, public RepairPlatform {
     bool StderrIsTerminal() override { return false; }
 
     std::string ProgramFolder() override { return kFolder; }
-    FileSystem& Disk() override { return disk; }
-    ProcessLauncher& Processes() override { return processes; }
-    FileSystemRedirection& Redirection() override { return redirection; }
+    system::FileSystem& Disk() override { return disk; }
+    system::ProcessLauncher& Processes() override { return processes; }
+    system::FileSystemRedirection& Redirection() override { return redirection; }
     bool Is64BitWindows() override { return false; }
     std::string GeneralDateText() override { return "6/3/2013 4:05:06 PM"; }
 
@@ -60,7 +61,7 @@ class LivePlatform final : public CliPlatform, public RepairPlatform {
     testing::RecordingProcesses processes;
 
   private:
-    class NoRedirection final : public FileSystemRedirection {
+    class NoRedirection final : public system::FileSystemRedirection {
       public:
         std::uintptr_t Disable() override { return 0; }
         void Revert(std::uintptr_t) override {}

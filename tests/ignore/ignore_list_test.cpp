@@ -8,7 +8,7 @@
 #include "scan/finding_verdict.h"
 #include "support/memory_controls.h"
 
-namespace regvex {
+namespace regvex::ignore {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -124,9 +124,10 @@ TEST(IgnoreMatching, AnEntryInThePathOrTheSubkeyDropsTheFinding) {
         {&one_empty_line, "C:\\ANY\\FILE.EXE", "Software\\Any", true},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(IsIgnored(*c.entries, c.path, c.key), c.ignored) << c.path << " | " << c.key;
+        EXPECT_EQ(scan::IsIgnored(*c.entries, c.path, c.key), c.ignored)
+            << c.path << " | " << c.key;
     }
 }
 
 }  // namespace
-}  // namespace regvex
+}  // namespace regvex::ignore

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace regvex {
+namespace regvex::scan {
 namespace {
 
 class SetOfFiles final : public FileExistence {
@@ -80,4 +80,4 @@ TEST(FindingVerdict, StatusAndIgnoreRules) {
 }
 
 }  // namespace
-}  // namespace regvex
+}  // namespace regvex::scan

@@ -14,7 +14,7 @@
 
 namespace regvex::testing {
 
-class MemoryFileSystem final : public FileSystem {
+class MemoryFileSystem final : public system::FileSystem {
   public:
     bool Exists(const std::string& path) override {
         return files.count(path) != 0 || folders.count(path) != 0;
@@ -66,7 +66,7 @@ class MemoryFileSystem final : public FileSystem {
     bool can_create_folders = true;
 };
 
-class RecordingProcesses final : public ProcessLauncher {
+class RecordingProcesses final : public system::ProcessLauncher {
   public:
     std::uint32_t RunAndWait(const std::string& command_line) override {
         waited.push_back(command_line);

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace regvex {
+namespace regvex::system {
 namespace {
 
 class FakeSystem final : public SystemInfo {
@@ -60,4 +60,4 @@ TEST(SystemVersion, SixtyFourBitMasksAskForTheSixtyFourBitView) {
 }
 
 }  // namespace
-}  // namespace regvex
+}  // namespace regvex::system

@@ -3,8 +3,10 @@
 #include "support/registry_fixtures.h"
 #include "ui/main_window_fakes.h"
 
-namespace regvex::testing {
+namespace regvex::ui {
 namespace {
+
+using namespace regvex::testing;
 
 constexpr const char* kFolder = "C:\\App\\RegBackups";
 
@@ -61,7 +63,7 @@ TEST(Fix, BacksUpThenDeletesCheckedValuesAndReportsTheRowsNotChecked) {
     EXPECT_EQ(rig.dialogs.shown[0].prompt,
               "Registry Vexlor has successfully fixed your registry. There were 1 registry "
               "values that were NOT removed.");
-    EXPECT_EQ(rig.dialogs.shown[0].style, ui::mb::kInformation);
+    EXPECT_EQ(rig.dialogs.shown[0].style, mb::kInformation);
     EXPECT_TRUE(rig.dialogs.shown[0].coloured);
 }
 
@@ -145,12 +147,12 @@ TEST(Restore, AsksForEachCheckedBackupAndStopsAtTheFirstNo) {
         std::vector<std::string> prompts;
         std::size_t imports;
     } cases[] = {
-        {{ui::mb::kYes, ui::mb::kOk, ui::mb::kNo},
+        {{mb::kYes, mb::kOk, mb::kNo},
          {"Are you sure you want to restore this backup:  1/1/2020",
           "The backup was successfully restored.",
           "Are you sure you want to restore this backup:  1/2/2020"},
          1},
-        {{ui::mb::kNo}, {"Are you sure you want to restore this backup:  1/1/2020"}, 0},
+        {{mb::kNo}, {"Are you sure you want to restore this backup:  1/1/2020"}, 0},
     };
     for (const auto& c : cases) {
         BackupsRig rig;
@@ -179,7 +181,7 @@ TEST(Restore, NothingCheckedOrAScanRunningGetsItsOwnMessage) {
     EXPECT_EQ(rig.dialogs.shown[0].prompt,
               "Please click the checkbox(es) next to the item you would like to restore.");
     EXPECT_EQ(rig.dialogs.shown[0].title, "None Checked");
-    EXPECT_EQ(rig.dialogs.shown[0].style, ui::mb::kExclamation);
+    EXPECT_EQ(rig.dialogs.shown[0].style, mb::kExclamation);
 
     rig.dialogs.shown.clear();
     rig.backups.rows[0].checked = true;
@@ -193,7 +195,7 @@ TEST(Restore, NothingCheckedOrAScanRunningGetsItsOwnMessage) {
 TEST(Restore, OnSixtyFourBitWindowsTheImportRunsWithRedirectionOff) {
     BackupsRig rig;
     rig.system.version = {5, 2};
-    rig.system.architecture = kProcessorArchitectureAmd64;
+    rig.system.architecture = system::kProcessorArchitectureAmd64;
     rig.AddBackupFile("Backup (1-1-2020).reg");
     rig.main.LoadBackupList();
     rig.backups.rows[0].checked = true;
@@ -257,7 +259,7 @@ TEST(DeleteBackups, ALockedFileCountsAsDeletedAndANoEndsTheCommand) {
     rig.disk.locked.clear();
     rig.main.LoadBackupList();
     rig.backups.rows[0].checked = rig.backups.rows[1].checked = true;
-    rig.dialogs.answers = {ui::mb::kNo};
+    rig.dialogs.answers = {mb::kNo};
     rig.main.Command2_Click();
     EXPECT_EQ(rig.Prompts().size(), 1u);
     EXPECT_EQ(rig.disk.files.size(), 2u);
@@ -295,7 +297,7 @@ TEST(RegeditView, LastKeyIsThePathWithoutItsLastElement) {
         {6, "SOFTWARE\\Foo\\", "Computer\\HKEY_LOCAL_MACHINE\\SOFTWARE\\Foo"},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(ui::RegeditLastKey(c.major, "HKEY_LOCAL_MACHINE", c.sub_key), c.last_key);
+        EXPECT_EQ(RegeditLastKey(c.major, "HKEY_LOCAL_MACHINE", c.sub_key), c.last_key);
     }
 }
 
@@ -318,14 +320,14 @@ std::optional<std::string> LastKey(MemoryRegistry& registry) {
 
 TEST(RegeditView, WritesLastKeyAndStartsTheEditorOnlyOnSixtyFourBitWindows) {
     const struct {
-        OsVersion version;
+        system::OsVersion version;
         std::uint16_t architecture;
         std::vector<std::string> started;
     } cases[] = {
-        {{6, 1}, kProcessorArchitectureAmd64, {"regedit.exe"}},
+        {{6, 1}, system::kProcessorArchitectureAmd64, {"regedit.exe"}},
         {{6, 1}, 0, {}},
         // Version 10 compares below "5.1" as text and is taken for a 32-bit system.
-        {{10, 0}, kProcessorArchitectureAmd64, {}},
+        {{10, 0}, system::kProcessorArchitectureAmd64, {}},
     };
     for (const auto& c : cases) {
         BackupsRig rig;
@@ -350,18 +352,18 @@ TEST(RegeditView, NeverCreatesTheEditorsKeyAndExplainsWhatItCannotDo) {
 
     const struct {
         bool scanning;
-        OsVersion version;
+        system::OsVersion version;
         int selected;
         std::string prompt;
         int style;
     } cases[] = {
-        {true, {6, 1}, 0, "This feature cannot be viewed during scanning!", ui::mb::kCritical},
+        {true, {6, 1}, 0, "This feature cannot be viewed during scanning!", mb::kCritical},
         {false,
          {4, 0},
          0,
          "This feature is only available on Windows 2000 or higher.",
-         ui::mb::kExclamation},
-        {false, {6, 1}, -1, "There was no key selected to view.", ui::mb::kExclamation},
+         mb::kExclamation},
+        {false, {6, 1}, -1, "There was no key selected to view.", mb::kExclamation},
     };
     for (const auto& c : cases) {
         rig.dialogs.shown.clear();
@@ -376,4 +378,4 @@ TEST(RegeditView, NeverCreatesTheEditorsKeyAndExplainsWhatItCannotDo) {
 }
 
 }  // namespace
-}  // namespace regvex::testing
+}  // namespace regvex::ui

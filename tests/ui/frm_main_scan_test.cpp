@@ -5,11 +5,13 @@
 #include "support/registry_fixtures.h"
 #include "ui/main_window_fakes.h"
 
-namespace regvex::testing {
+namespace regvex::ui {
 namespace {
 
-using ui::mb::kNo;
-using ui::mb::kYes;
+using namespace regvex::testing;
+
+using mb::kNo;
+using mb::kYes;
 
 class MainScanTest : public ::testing::Test {
   protected:
@@ -144,7 +146,7 @@ TEST_F(MainScanTest, UpperCaseIgnoreEntriesDropFindingsLowerCaseOnesDoNot) {
 }
 
 TEST_F(MainScanTest, OnSixtyFourBitWindowsTheRedirectionIsOffForTheScan) {
-    rig.system.architecture = kProcessorArchitectureAmd64;
+    rig.system.architecture = system::kProcessorArchitectureAmd64;
     rig.pump.at_pump[8] = [&] { rig.main.cmdStartStop_Click(); };
     rig.main.cmdStartStop_Click();
     // The stop click switches it off again and leaves it to the outer click to revert.
@@ -159,21 +161,21 @@ TEST_F(MainScanTest, OnSixtyFourBitWindowsTheRedirectionIsOffForTheScan) {
 
 TEST_F(MainScanTest, ClosingFromTheTitleBarDuringAScanEndsTheProcessAtTheNextPause) {
     bool cancelled = true;
-    rig.pump.at_pump[3] = [&] { cancelled = rig.main.Form_QueryUnload(ui::kUnloadFromTitleBar); };
+    rig.pump.at_pump[3] = [&] { cancelled = rig.main.Form_QueryUnload(kUnloadFromTitleBar); };
     EXPECT_THROW(rig.main.cmdStartStop_Click(), ProcessEnded);
     EXPECT_FALSE(cancelled);
     ASSERT_EQ(rig.dialogs.shown.size(), 1u);
     EXPECT_EQ(rig.dialogs.shown[0].prompt, "Are you sure you want to quit?");
-    EXPECT_EQ(rig.dialogs.shown[0].style, ui::mb::kYesNo | ui::mb::kQuestion);
+    EXPECT_EQ(rig.dialogs.shown[0].style, mb::kYesNo | mb::kQuestion);
     EXPECT_TRUE(rig.dialogs.shown[0].coloured);
     EXPECT_EQ(rig.pump.pumps, 3);
 }
 
 TEST_F(MainScanTest, QuittingAsksOnlyFromTheTitleBar) {
     rig.dialogs.answers = {kNo, kYes};
-    EXPECT_TRUE(rig.main.Form_QueryUnload(ui::kUnloadFromTitleBar));
-    EXPECT_FALSE(rig.main.Form_QueryUnload(ui::kUnloadFromTitleBar));
-    EXPECT_FALSE(rig.main.Form_QueryUnload(ui::kUnloadFromCode));
+    EXPECT_TRUE(rig.main.Form_QueryUnload(kUnloadFromTitleBar));
+    EXPECT_FALSE(rig.main.Form_QueryUnload(kUnloadFromTitleBar));
+    EXPECT_FALSE(rig.main.Form_QueryUnload(kUnloadFromCode));
     EXPECT_EQ(rig.dialogs.shown.size(), 2u);
     rig.main.mnuExit_Click();
     EXPECT_EQ(rig.view.calls.back(), "close");
@@ -215,4 +217,4 @@ TEST_F(MainScanTest, TheCurrentKeyIsRepaintedTenTimesASecondAndNotAfterMidnight)
 }
 
 }  // namespace
-}  // namespace regvex::testing
+}  // namespace regvex::ui

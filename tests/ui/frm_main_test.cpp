@@ -2,12 +2,14 @@
 
 #include "ui/main_window_fakes.h"
 
-namespace regvex::testing {
+namespace regvex::ui {
 namespace {
+
+using namespace regvex::testing;
 
 TEST(MainWindowLoad, SetsCaptionsColumnsFontsAndTheSafeOption) {
     const struct {
-        OsVersion version;
+        system::OsVersion version;
         std::string font;
         bool fonts_set;
     } cases[] = {
@@ -59,7 +61,7 @@ TEST(MainWindowLoad, CreatesTheListColumnsAndTheTaskPane) {
 
 TEST(MainWindowLoad, ScalesToTheScreenByItsRatios) {
     const struct {
-        ui::ScreenMetrics screen;
+        ScreenMetrics screen;
         bool scaled;
         double rx, ry;
     } cases[] = {
@@ -120,7 +122,7 @@ TEST(MainWindowTasks, EachKeyDoesWhatTheTaskPaneSays) {
     EXPECT_EQ(rig.ignore.shows, 1);
     ASSERT_EQ(rig.dialogs.shown.size(), 1u);
     EXPECT_EQ(rig.dialogs.shown[0].prompt, "The ignore list cannot be viewed during scanning!");
-    EXPECT_EQ(rig.dialogs.shown[0].style, ui::mb::kCritical);
+    EXPECT_EQ(rig.dialogs.shown[0].style, mb::kCritical);
     EXPECT_EQ(rig.dialogs.shown[0].title, "Registry Vexlor");
 
     for (const char* nothing : {"VERSION", "COPY", "COMPANY", "TASKS", "scan", ""}) {
@@ -157,4 +159,4 @@ TEST(MainWindowResize, LaysOutUnlessMinimised) {
 }
 
 }  // namespace
-}  // namespace regvex::testing
+}  // namespace regvex::ui

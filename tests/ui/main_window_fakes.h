@@ -50,11 +50,11 @@ class FixedScreen final : public ui::Screen {
     ui::ScreenMetrics metrics{15, 15, 1024, 768};
 };
 
-class FakeSystem final : public SystemInfo {
+class FakeSystem final : public system::SystemInfo {
   public:
-    OsVersion Version() override { return version; }
+    system::OsVersion Version() override { return version; }
     std::uint16_t NativeProcessorArchitecture() override { return architecture; }
-    OsVersion version{6, 1};
+    system::OsVersion version{6, 1};
     std::uint16_t architecture = 0;  // x86
 };
 
@@ -64,7 +64,7 @@ class SetOfFiles final : public FileExistence {
     std::set<std::string> present;
 };
 
-class RecordingRedirection final : public FileSystemRedirection {
+class RecordingRedirection final : public system::FileSystemRedirection {
   public:
     std::uintptr_t Disable() override {
         calls.push_back("disable");
@@ -76,10 +76,12 @@ class RecordingRedirection final : public FileSystemRedirection {
     std::vector<std::string> calls;
 };
 
-class FakeIgnoreWindow final : public ui::IgnoreWindow {
+class FakeIgnoreWindow final : public ui::ignore::IgnoreWindow {
   public:
     bool IsLoaded() const override { return loaded; }
-    ui::frmIgnore& Form() override { throw std::logic_error("not used by the main window"); }
+    ui::ignore::frmIgnore& Form() override {
+        throw std::logic_error("not used by the main window");
+    }
     ui::ListBox& lstIgnore() override {
         if (!loaded) {
             loaded = true;

@@ -14,19 +14,19 @@
 #include "ui/program_win32.h"
 #include "win32/test_support_win32.h"
 
-namespace regvex {
+namespace regvex::ui {
 namespace {
 
 using namespace std::string_literals;
 
 std::string TextOf(HWND window) {
-    return ui::WindowTextOf(window);
+    return WindowTextOf(window);
 }
 
 class ProgramTest : public ::testing::Test {
   protected:
     static void SetUpTestSuite() {
-        program_ = new ui::Program();
+        program_ = new Program();
         ASSERT_TRUE(program_->Start(SW_SHOWNORMAL));
     }
     static void TearDownTestSuite() {
@@ -39,7 +39,7 @@ class ProgramTest : public ::testing::Test {
 
     // The rows of the results that lie under this test's key.
     std::vector<std::vector<std::string>> RowsOfTestKey() {
-        ui::CheckListView& results = program_->main_window().results();
+        CheckListView& results = program_->main_window().results();
         std::vector<std::vector<std::string>> rows;
         for (int row = 0; row < results.RowCount(); ++row) {
             if (results.Text(row, 1) == "HKEY_CURRENT_USER" &&
@@ -60,13 +60,13 @@ class ProgramTest : public ::testing::Test {
                   reg::kSuccess);
     }
 
-    static ui::Program* program_;
+    static Program* program_;
     testing::TestKey key_;
     testing::TempFolder folder_;
     Win32Registry registry_;
 };
 
-ui::Program* ProgramTest::program_ = nullptr;
+Program* ProgramTest::program_ = nullptr;
 
 TEST_F(ProgramTest, TheWindowListsExactlyTheMissingFilesOfTheTestTree) {
     const std::string f = folder_.path();
@@ -88,24 +88,24 @@ TEST_F(ProgramTest, TheWindowListsExactlyTheMissingFilesOfTheTestTree) {
               }));
     const int rows = program_->main_window().results().RowCount();
     EXPECT_EQ(TextOf(Window()), "Scan Complete (" + std::to_string(rows) + " errors found)");
-    EXPECT_EQ(TextOf(Item(ui::kStartStopButton)), "Begin Scan");
-    EXPECT_EQ(TextOf(Item(ui::kStatusLabel)), "Search result:");
-    EXPECT_EQ(TextOf(Item(ui::kCurrentKeyLabel)),
+    EXPECT_EQ(TextOf(Item(kStartStopButton)), "Begin Scan");
+    EXPECT_EQ(TextOf(Item(kStatusLabel)), "Search result:");
+    EXPECT_EQ(TextOf(Item(kCurrentKeyLabel)),
               "Registry Vexlor has finished searching and found the following errors below:");
     EXPECT_FALSE(program_->state().bScanning);
 }
 
 TEST_F(ProgramTest, AStopClickedWhileTheScanRunsEndsItWithTheStopTexts) {
     // Waiting in the queue, the click is handled at the scan's first pause, inside it.
-    PostMessageW(Item(ui::kStartStopButton), BM_CLICK, 0, 0);
+    PostMessageW(Item(kStartStopButton), BM_CLICK, 0, 0);
     program_->main_window().form().cmdStartStop_Click();
 
-    EXPECT_EQ(TextOf(Item(ui::kCurrentKeyLabel)), "Scan proccess stopped by user.");
-    EXPECT_EQ(TextOf(Item(ui::kStartStopButton)), "Begin Scan");
+    EXPECT_EQ(TextOf(Item(kCurrentKeyLabel)), "Scan proccess stopped by user.");
+    EXPECT_EQ(TextOf(Item(kStartStopButton)), "Begin Scan");
     const int rows = program_->main_window().results().RowCount();
     EXPECT_EQ(TextOf(Window()), "Scan Complete (" + std::to_string(rows) + " errors found)");
     EXPECT_FALSE(program_->state().bScanning);
 }
 
 }  // namespace
-}  // namespace regvex
+}  // namespace regvex::ui

@@ -36,11 +36,11 @@ void PrintTo(const Row& row, std::ostream* out) {
 
 class ListingEvents final : public SearchEvents {
   public:
-    explicit ListingEvents(const FindingRules& rules) : rules_(rules) {}
+    explicit ListingEvents(const scan::FindingRules& rules) : rules_(rules) {}
 
     void SearchFound(std::string_view sRootKey, std::string_view sKey, std::string_view sValue,
                      std::int32_t) override {
-        if (IsListedFinding(rules_, sKey, sValue)) {
+        if (scan::IsListedFinding(rules_, sKey, sValue)) {
             rows.push_back(Row{std::string(sRootKey), std::string(sKey), std::string(sValue)});
         }
     }
@@ -50,7 +50,7 @@ class ListingEvents final : public SearchEvents {
     std::int32_t reason = -1;
 
   private:
-    const FindingRules& rules_;
+    const scan::FindingRules& rules_;
 };
 
 TEST(FullScan, ListsExactlyTheMissingFilesThatTheTestKeyNames) {
@@ -101,12 +101,13 @@ TEST(FullScan, ListsExactlyTheMissingFilesThatTheTestKeyNames) {
                   reg::kSuccess);
     }
 
-    Win32SystemInfo system;
+    system::Win32SystemInfo system;
     Win32FileExistence files;
-    const FindingRules rules{"C:\\", &files, {}, false};
+    const scan::FindingRules rules{"C:\\", &files, {}, false};
     QuietSearchHost host;
     ListingEvents events(rules);
-    cRegSearch search(registry, host, events, KeyMasksFor(Is64BitWindows(system)).KeyAccessMask);
+    cRegSearch search(registry, host, events,
+                      system::KeyMasksFor(system::Is64BitWindows(system)).KeyAccessMask);
     search.RootKey(kHkeyAll);
     search.SubKey("");
     search.SearchFlags(search_flags::kValueNames | search_flags::kValueData);

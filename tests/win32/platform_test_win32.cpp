@@ -126,23 +126,24 @@ TEST(Win32FileExistence, AnswersForFilesAndFoldersInAnyCase) {
 }
 
 TEST(Win32SystemInfo, VersionAndArchitectureAgreeWithTheVersionTests) {
-    Win32SystemInfo system;
-    const OsVersion version = system.Version();
+    system::Win32SystemInfo system;
+    const system::OsVersion version = system.Version();
     EXPECT_GE(version.major, 5u);
     const bool xp_or_later = version.major > 5 || (version.major == 5 && version.minor >= 1);
     // Single-digit major versions compare the same as text and as numbers.
     if (version.major < 10) {
-        EXPECT_EQ(IsWindowsXPOrLater(system), xp_or_later);
+        EXPECT_EQ(system::IsWindowsXPOrLater(system), xp_or_later);
     }
     const std::uint16_t architecture = system.NativeProcessorArchitecture();
-    const bool wide_architecture =
-        architecture == kProcessorArchitectureAmd64 || architecture == kProcessorArchitectureIa64;
-    EXPECT_EQ(Is64BitWindows(system), IsWindowsXPOrLater(system) && wide_architecture);
+    const bool wide_architecture = architecture == system::kProcessorArchitectureAmd64 ||
+                                   architecture == system::kProcessorArchitectureIa64;
+    EXPECT_EQ(system::Is64BitWindows(system),
+              system::IsWindowsXPOrLater(system) && wide_architecture);
 #ifdef _WIN64
     // A 64-bit program can only run on a 64-bit system.
     EXPECT_TRUE(wide_architecture) << architecture;
-    EXPECT_TRUE(Is64BitWindows(system));
-    EXPECT_EQ(KeyMasksFor(Is64BitWindows(system)).KeyAccessMask,
+    EXPECT_TRUE(system::Is64BitWindows(system));
+    EXPECT_EQ(system::KeyMasksFor(system::Is64BitWindows(system)).KeyAccessMask,
               reg::kKeyAllAccess | reg::kKeyWow64_64Key);
 #endif
 }
@@ -171,7 +172,7 @@ TEST(Win32ProcessLauncher, AnswersTheExitCodeOrZeroWhenNothingStarted) {
         {"regvexlor-no-such-program.exe /c exit 7", 0},
         {"", 0},
     };
-    Win32ProcessLauncher launcher;
+    system::Win32ProcessLauncher launcher;
     // The first start may leave the system's own handles behind (loaded libraries and the
     // like); only what the launcher leaves behind from then on counts.
     launcher.RunAndWait("cmd.exe /c exit 0");
@@ -183,7 +184,7 @@ TEST(Win32ProcessLauncher, AnswersTheExitCodeOrZeroWhenNothingStarted) {
 }
 
 TEST(Win32ProcessLauncher, StartsWithoutWaitingAndKeepsNoHandle) {
-    Win32ProcessLauncher launcher;
+    system::Win32ProcessLauncher launcher;
     launcher.Start("cmd.exe /c exit 0");
     const std::set<std::uintptr_t> handles_before = OpenHandles();
     EXPECT_TRUE(launcher.Start("cmd.exe /c exit 0"));

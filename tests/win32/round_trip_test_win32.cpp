@@ -52,12 +52,12 @@ struct RealProgramRig {
     ScriptedPump pump;
     RecordingShell shell;
     FixedScreen screen;
-    Win32SystemInfo system;
+    system::Win32SystemInfo system;
     Win32Registry registry;
     Win32FileExistence files;
-    Win32FileSystemRedirection redirection;
-    DiskFileSystem disk;
-    Win32ProcessLauncher processes;
+    system::Win32FileSystemRedirection redirection;
+    system::DiskFileSystem disk;
+    system::Win32ProcessLauncher processes;
     text::SystemAnsiCodePage code_page;
     FakeIgnoreWindow ignore;
     RecordingView view;
@@ -143,7 +143,7 @@ TEST(RoundTrip, FixedValuesComeBackExactlyThroughTheRegistryEditor) {
 struct RealWindowRig {
     RealWindowRig() {
         ui::InitCommonControlsSafe();
-        state.masks = KeyMasksFor(Is64BitWindows(system));
+        state.masks = system::KeyMasksFor(system::Is64BitWindows(system));
         processes.on_run = [this](const std::string& command_line) {
             system_processes.RunAndWait(command_line);
         };
@@ -151,8 +151,8 @@ struct RealWindowRig {
             ui::MainWindowServices{
                 dialogs, clock, pump, shell, screen, system, registry, files, redirection, disk,
                 processes, code_page, ignore,
-                [this] { ui::AddToIgnore_Click(window->results(), ignore, state); },
-                [this] { ui::AddSubkeyToIgnore_Click(window->results(), ignore, state); }},
+                [this] { ui::ignore::AddToIgnore_Click(window->results(), ignore, state); },
+                [this] { ui::ignore::AddSubkeyToIgnore_Click(window->results(), ignore, state); }},
             state);
     }
     ~RealWindowRig() { window.reset(); }
@@ -164,18 +164,19 @@ struct RealWindowRig {
     ui::Win32MessagePump pump;
     RecordingShell shell;
     ui::Win32Screen screen;
-    Win32SystemInfo system;
+    system::Win32SystemInfo system;
     Win32Registry registry;
     Win32FileExistence files;
-    Win32FileSystemRedirection redirection;
-    DiskFileSystem disk;
-    Win32ProcessLauncher system_processes;
+    system::Win32FileSystemRedirection redirection;
+    system::DiskFileSystem disk;
+    system::Win32ProcessLauncher system_processes;
     RecordingProcesses processes;
     text::SystemAnsiCodePage code_page;
     ui::DiskTextFiles text_files;
     ui::ProgramState state;
-    ui::Win32IgnoreWindow ignore{{dialogs, text_files, code_page, state,
-                                  [this] { return window ? window->hwnd() : nullptr; }, [] {}}};
+    ui::ignore::Win32IgnoreWindow ignore{{dialogs, text_files, code_page, state,
+                                          [this] { return window ? window->hwnd() : nullptr; },
+                                          [] {}}};
     std::unique_ptr<ui::MainWindow> window;
 };
 

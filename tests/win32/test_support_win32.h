@@ -113,8 +113,9 @@ class TempFolder {
     // `name` may lie in a folder made before.
     std::string MakeFile(const std::string& name) {
         const std::string full = path_ + "\\" + name;
-        const UniqueHandle file(CreateFileW(text::ToWide(full).c_str(), GENERIC_WRITE, 0, nullptr,
-                                            CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+        const system::UniqueHandle file(CreateFileW(text::ToWide(full).c_str(), GENERIC_WRITE, 0,
+                                                    nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL,
+                                                    nullptr));
         EXPECT_TRUE(file) << full;
         made_.push_back({full, false});
         return full;

@@ -6,7 +6,7 @@
 #include "ui/about/get_key_value.h"
 #include "ui/base/program_version.h"
 
-namespace regvex::ui {
+namespace regvex::ui::about {
 
 frmAbout::frmAbout(AboutControls controls, AboutServices services)
     : c_(controls), s_(std::move(services)) {}
@@ -69,4 +69,4 @@ void frmAbout::StartSysInfo() {
     }
 }
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::about

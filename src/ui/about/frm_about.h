@@ -13,7 +13,7 @@
 #include "ui/base/controls.h"
 #include "ui/base/services.h"
 
-namespace regvex::ui {
+namespace regvex::ui::about {
 
 inline constexpr std::string_view kAboutDescription =
     "A program to scan your registry and remove invalid entries";
@@ -58,7 +58,7 @@ struct AboutServices {
     // KeyAccessMask: full access, with the 64-bit view on 64-bit Windows.
     AccessMask key_access_mask;
     FileExistence& files;
-    ProcessLauncher& launcher;
+    system::ProcessLauncher& launcher;
     MessageDialogs& dialogs;
     ColorRef theme;
     Shell& shell;
@@ -89,4 +89,4 @@ class frmAbout {
     AboutServices s_;
 };
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::about

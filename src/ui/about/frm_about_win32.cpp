@@ -12,7 +12,7 @@
 #include "ui/base/startup_win32.h"
 #include "ui/base/win32_controls_win32.h"
 
-namespace regvex::ui {
+namespace regvex::ui::about {
 
 namespace {
 
@@ -486,4 +486,4 @@ LRESULT Win32AboutBox::HandleMessage(HWND window, UINT message, WPARAM wparam, L
     return DefWindowProcW(window, message, wparam, lparam);
 }
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::about

@@ -13,7 +13,7 @@
 #include "ui/about/frm_about.h"
 #include "ui/base/services.h"
 
-namespace regvex::ui {
+namespace regvex::ui::about {
 
 // The controls' identifiers, for anyone who needs to find them (tests). OK answers to
 // Enter and Escape as well.
@@ -38,7 +38,7 @@ class Win32AboutBox final : private AboutView {
         // KeyAccessMask of the program's KeyMasks.
         AccessMask key_access_mask;
         FileExistence& files;
-        ProcessLauncher& launcher;
+        system::ProcessLauncher& launcher;
         // Opens the web-site link.
         Shell& shell;
         // The argument-less call on the main window whenever the box closes.
@@ -74,4 +74,4 @@ class Win32AboutBox final : private AboutView {
     std::unique_ptr<Shown> shown_;
 };
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::about

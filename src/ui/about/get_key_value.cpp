@@ -7,7 +7,7 @@
 #include "text/hex_digit.h"
 #include "text/utf8.h"
 
-namespace regvex::ui {
+namespace regvex::ui::about {
 
 namespace {
 
@@ -90,4 +90,4 @@ bool GetKeyValue(Registry& registry, AccessMask access, RootKeyHandle KeyRoot,
     return true;
 }
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::about

@@ -7,7 +7,7 @@
 
 #include "engine/registry.h"
 
-namespace regvex::ui {
+namespace regvex::ui::about {
 
 // What one read can hold. Text counts in UTF-16 code units, as Windows counts characters;
 // every other type counts in bytes. A value that does not fit is not read at all.
@@ -28,4 +28,4 @@ inline constexpr std::size_t kKeyValueBufferChars = 1024;
 bool GetKeyValue(Registry& registry, AccessMask access, RootKeyHandle KeyRoot,
                  std::string_view KeyName, std::string_view SubKeyRef, std::string& KeyVal);
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::about

@@ -15,7 +15,7 @@ float Win32Clock::SecondsSinceMidnight() {
 }
 
 std::string Win32Clock::GeneralDateText() {
-    return GeneralDateTextNow();
+    return system::GeneralDateTextNow();
 }
 
 void Win32MessagePump::Handle(MSG& message) {

@@ -13,7 +13,7 @@ struct ProgramState {
     bool bScanning = false;
     // The scanned drive's root, "C:\".
     std::string ScanDrive;
-    KeyMasks masks;
+    system::KeyMasks masks;
     // The message boxes' colour, from the window background's red level.
     ColorRef theme = Rgb(255, 255, 255);
     // What the results' context menu hands to the ignore list's add command.

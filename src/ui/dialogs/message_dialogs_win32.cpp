@@ -6,13 +6,13 @@
 #include "text/wide_text_win32.h"
 #include "ui/dialogs/mod_dialogs_win32.h"
 
-namespace regvex::ui {
+namespace regvex::ui::dialogs {
 
 Win32MessageDialogs::Win32MessageDialogs(std::function<HWND()> owner) : owner_(std::move(owner)) {}
 
 void Win32MessageDialogs::SetMessageBoxColors(DialogColor text, DialogColor back,
                                               DialogColor edit_text, DialogColor edit_back) {
-    modDialogs::SetMessageBoxColors(text, back, edit_text, edit_back);
+    dialogs::SetMessageBoxColors(text, back, edit_text, edit_back);
 }
 
 int Win32MessageDialogs::MsgBox(std::string_view prompt, int style, std::string_view title) {
@@ -22,4 +22,4 @@ int Win32MessageDialogs::MsgBox(std::string_view prompt, int style, std::string_
     return MessageBoxW(owner, wide_prompt.c_str(), wide_title.c_str(), static_cast<UINT>(style));
 }
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::dialogs

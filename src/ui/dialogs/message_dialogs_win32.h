@@ -9,7 +9,7 @@
 
 #include "ui/base/services.h"
 
-namespace regvex::ui {
+namespace regvex::ui::dialogs {
 
 class Win32MessageDialogs final : public MessageDialogs {
   public:
@@ -25,4 +25,4 @@ class Win32MessageDialogs final : public MessageDialogs {
     std::function<HWND()> owner_;
 };
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::dialogs

@@ -1,6 +1,6 @@
 #include "ui/dialogs/mod_dialogs.h"
 
-namespace regvex::ui::modDialogs {
+namespace regvex::ui::dialogs {
 namespace {
 
 using Kind = DialogColor::Kind;
@@ -93,4 +93,4 @@ MessageAnswer AnswerMessage(const ColorState& state, unsigned message, bool brus
     return answer;
 }
 
-}  // namespace regvex::ui::modDialogs
+}  // namespace regvex::ui::dialogs

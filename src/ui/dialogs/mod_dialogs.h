@@ -9,7 +9,7 @@
 
 #include "ui/base/services.h"
 
-namespace regvex::ui::modDialogs {
+namespace regvex::ui::dialogs {
 
 // The control-colour messages of the message box, edit, list box, button, dialog,
 // scroll-bar and static kinds, and the one of them that edits get their own colours on.
@@ -81,4 +81,4 @@ struct MessageAnswer {
 MessageAnswer AnswerMessage(const ColorState& state, unsigned message, bool brush1_made,
                             bool brush2_made);
 
-}  // namespace regvex::ui::modDialogs
+}  // namespace regvex::ui::dialogs

@@ -5,7 +5,7 @@
 
 #include "ui/dialogs/mod_dialogs.h"
 
-namespace regvex::ui::modDialogs {
+namespace regvex::ui::dialogs {
 namespace {
 
 constexpr wchar_t kOrigWindowProc[] = L"OrigWindowProc";
@@ -180,4 +180,4 @@ HHOOK HookHandle() {
     return State().hook.get();
 }
 
-}  // namespace regvex::ui::modDialogs
+}  // namespace regvex::ui::dialogs

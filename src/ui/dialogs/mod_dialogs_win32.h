@@ -7,7 +7,7 @@
 
 #include "ui/base/services.h"
 
-namespace regvex::ui::modDialogs {
+namespace regvex::ui::dialogs {
 
 // Text, background, edit text, edit background; each may be missing.
 void SetMessageBoxColors(const DialogColor& text = {}, const DialogColor& back = {},
@@ -19,4 +19,4 @@ LRESULT CALLBACK MessageBoxWndProc(HWND window, UINT message, WPARAM wparam, LPA
 // The hook waiting for or watching the next dialog; null when there is none.
 HHOOK HookHandle();
 
-}  // namespace regvex::ui::modDialogs
+}  // namespace regvex::ui::dialogs

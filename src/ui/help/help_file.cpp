@@ -1,6 +1,6 @@
 #include "ui/help/help_file.h"
 
-namespace regvex::ui {
+namespace regvex::ui::help {
 
 std::string HelpFilePath(std::string_view program_folder) {
     std::string path(program_folder);
@@ -26,4 +26,4 @@ std::string HelpNotShownMessage(std::string_view help_path, bool file_exists) {
     return message;
 }
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::help

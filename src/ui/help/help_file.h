@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace regvex::ui {
+namespace regvex::ui::help {
 
 // The compiled help file, kept beside the program.
 inline constexpr std::string_view kHelpFileName = "regvexlor.chm";
@@ -20,4 +20,4 @@ std::string HelpFilePath(std::string_view program_folder);
 // there, another for a help viewer that would not start. Both name the file.
 std::string HelpNotShownMessage(std::string_view help_path, bool file_exists);
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::help

@@ -8,7 +8,7 @@
 #include "text/wide_text_win32.h"
 #include "ui/help/help_file.h"
 
-namespace regvex::ui {
+namespace regvex::ui::help {
 
 namespace {
 
@@ -86,4 +86,4 @@ void HelpViewer::CloseAll() {
     }
 }
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::help

@@ -9,7 +9,7 @@
 
 #include "ui/help/unique_module_win32.h"
 
-namespace regvex::ui {
+namespace regvex::ui::help {
 
 class HelpViewer {
   public:
@@ -41,4 +41,4 @@ class HelpViewer {
     HtmlHelpFunction html_help_ = nullptr;
 };
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::help

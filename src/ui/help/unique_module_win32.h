@@ -3,7 +3,7 @@
 
 #include <windows.h>
 
-namespace regvex::ui {
+namespace regvex::ui::help {
 
 class UniqueModule {
   public:
@@ -41,4 +41,4 @@ class UniqueModule {
     HMODULE module_ = nullptr;
 };
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::help

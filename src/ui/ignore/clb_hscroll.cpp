@@ -3,7 +3,7 @@
 #include <cmath>
 #include <limits>
 
-namespace regvex::ui {
+namespace regvex::ui::ignore {
 
 namespace {
 
@@ -46,4 +46,4 @@ void CLBHScroll::AddItem(std::string_view item) {
     list_->ScrollToBottom();
 }
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::ignore

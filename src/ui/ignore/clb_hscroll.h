@@ -7,7 +7,7 @@
 
 #include "ui/base/controls.h"
 
-namespace regvex::ui {
+namespace regvex::ui::ignore {
 
 // What the extent is measured against: the screen's horizontal twips per pixel and the
 // width of a vertical scroll bar (SM_CXVSCROLL), which the list's own bar takes away.
@@ -34,4 +34,4 @@ class CLBHScroll {
     std::int32_t widest_twips_ = 0;
 };
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::ignore

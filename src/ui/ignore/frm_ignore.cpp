@@ -9,7 +9,7 @@
 #include "text/upper_case.h"
 #include "text/utf8.h"
 
-namespace regvex::ui {
+namespace regvex::ui::ignore {
 
 namespace {
 
@@ -57,7 +57,7 @@ void RemoveListDuplicates(ListBox& list) {
         for (int i = 0; i < list.ItemCount(); ++i) {
             items.push_back(list.Item(i));
         }
-        const std::vector<std::string> kept = WithoutDuplicateEntries(items);
+        const std::vector<std::string> kept = regvex::ignore::WithoutDuplicateEntries(items);
         list.Clear();
         // Straight into the list: the horizontal extent stays as the load left it.
         for (const std::string& item : kept) {
@@ -73,7 +73,7 @@ frmIgnore::frmIgnore(IgnoreControls controls, IgnoreServices services)
       add_scroll_(s_.scroll_metrics) {}
 
 std::string frmIgnore::IgnoreFile() const {
-    return IgnoreFilePath(s_.state.program_folder);
+    return regvex::ignore::IgnoreFilePath(s_.state.program_folder);
 }
 
 void frmIgnore::Form_Load() {
@@ -88,7 +88,7 @@ void frmIgnore::Form_Load() {
     const std::optional<std::string> bytes =
         present ? s_.files.Read(path) : std::optional<std::string>();
     if (bytes) {
-        for (const std::string& line : ReadIgnoreLines(*bytes, s_.code_page)) {
+        for (const std::string& line : regvex::ignore::ReadIgnoreLines(*bytes, s_.code_page)) {
             ResumeNext([&] { load_scroll_.AddItem(line); });
         }
     } else {
@@ -97,7 +97,7 @@ void frmIgnore::Form_Load() {
     }
 
     RemoveListDuplicates(c_.lstIgnore);
-    RemoveEmptyEntries(c_.lstIgnore);
+    regvex::ignore::RemoveEmptyEntries(c_.lstIgnore);
 
     if (s_.resize_ignore) {
         s_.resize_ignore();
@@ -163,7 +163,7 @@ void frmIgnore::cmdRemove_Click() {
 
 void frmIgnore::cmdApply_Click() {
     const std::vector<std::string> entries = Entries();
-    if (!s_.files.Write(IgnoreFile(), IgnoreFileBytes(entries, s_.code_page))) {
+    if (!s_.files.Write(IgnoreFile(), regvex::ignore::IgnoreFileBytes(entries, s_.code_page))) {
         // The list stays as it is, so nothing typed is lost and Apply can be tried again.
         throw FileAccessError();
     }
@@ -224,4 +224,4 @@ void AddSubkeyToIgnore_Click(const CheckListView& lvwRegErrors, IgnoreWindow& ig
     AddFromResults(lvwRegErrors, kSubkeyColumn, ignore, state);
 }
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::ignore

@@ -15,7 +15,7 @@
 #include "ui/ignore/clb_hscroll.h"
 #include "ui/ignore/ignore_window.h"
 
-namespace regvex::ui {
+namespace regvex::ui::ignore {
 
 inline constexpr std::string_view kIgnoreCaption = "Ignore List";
 inline constexpr std::string_view kFrame1Caption = "Registry Vexlor Ignore List";
@@ -132,4 +132,4 @@ void AddToIgnore_Click(const CheckListView& lvwRegErrors, IgnoreWindow& ignore,
 void AddSubkeyToIgnore_Click(const CheckListView& lvwRegErrors, IgnoreWindow& ignore,
                              ProgramState& state);
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::ignore

@@ -14,7 +14,7 @@
 #include "ui/base/startup_win32.h"
 #include "ui/ignore/ignore_controls_win32.h"
 
-namespace regvex::ui {
+namespace regvex::ui::ignore {
 
 namespace {
 
@@ -489,4 +489,4 @@ LRESULT Win32IgnoreWindow::HandleMessage(HWND window, UINT message, WPARAM wpara
     return DefWindowProcW(window, message, wparam, lparam);
 }
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::ignore

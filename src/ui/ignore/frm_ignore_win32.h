@@ -15,7 +15,7 @@
 #include "ui/ignore/frm_ignore.h"
 #include "ui/ignore/ignore_window.h"
 
-namespace regvex::ui {
+namespace regvex::ui::ignore {
 
 // The controls' identifiers, for anyone who needs to find them (tests).
 enum IgnoreControlId : int {
@@ -90,4 +90,4 @@ class Win32IgnoreWindow final : public IgnoreWindow {
     bool unload_pending_ = false;
 };
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::ignore

@@ -5,7 +5,7 @@
 #include "text/wide_text_win32.h"
 #include "ui/base/win32_controls_win32.h"
 
-namespace regvex::ui {
+namespace regvex::ui::ignore {
 
 namespace {
 
@@ -163,4 +163,4 @@ int MouseShiftState(WPARAM wparam) {
     return shift;
 }
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::ignore

@@ -8,7 +8,7 @@
 
 #include "ui/base/controls.h"
 
-namespace regvex::ui {
+namespace regvex::ui::ignore {
 
 // A label, button or frame.
 class WinCaption final : public Captioned {
@@ -83,4 +83,4 @@ class WinMenuItem final : public MenuItem {
 // 2 ctrl, 4 alt.
 int MouseShiftState(WPARAM wparam);
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::ignore

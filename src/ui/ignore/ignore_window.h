@@ -4,7 +4,7 @@
 
 #include "ui/base/controls.h"
 
-namespace regvex::ui {
+namespace regvex::ui::ignore {
 
 class frmIgnore;
 
@@ -22,4 +22,4 @@ class IgnoreWindow {
     virtual void Show() = 0;
 };
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::ignore

@@ -5,7 +5,7 @@
 #include <numbers>
 #include <utility>
 
-namespace regvex::ui {
+namespace regvex::ui::taskpane {
 
 namespace glyph {
 
@@ -168,4 +168,4 @@ GlyphImage GlyphCanvas::Image() const {
     return image;
 }
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::taskpane

@@ -8,7 +8,7 @@
 #include <initializer_list>
 #include <vector>
 
-namespace regvex::ui {
+namespace regvex::ui::taskpane {
 
 struct Rgba {
     std::uint8_t r = 0;
@@ -68,4 +68,4 @@ class GlyphCanvas {
     std::vector<float> pixels_;
 };
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::taskpane

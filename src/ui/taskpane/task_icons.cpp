@@ -3,7 +3,7 @@
 #include <cmath>
 #include <numbers>
 
-namespace regvex::ui {
+namespace regvex::ui::taskpane {
 
 namespace {
 
@@ -231,4 +231,4 @@ GlyphImage RenderChevron(int size, bool expanded, const ChevronColors& colors) {
     return canvas.Image();
 }
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::taskpane

@@ -5,7 +5,7 @@
 
 #include "ui/taskpane/glyph_canvas.h"
 
-namespace regvex::ui {
+namespace regvex::ui::taskpane {
 
 enum TaskIcon : int {
     kIconScan = 0,   // magnifier
@@ -36,4 +36,4 @@ struct ChevronColors {
 // it), down while collapsed.
 GlyphImage RenderChevron(int size, bool expanded, const ChevronColors& colors);
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::taskpane

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <vector>
 
-namespace regvex::ui {
+namespace regvex::ui::taskpane {
 
 using taskpane::SelectIn;
 using taskpane::UniqueBitmap;
@@ -72,4 +72,4 @@ void DrawGlyph(HDC dc, int x, int y, const GlyphImage& glyph) {
     AlphaBlend(dc, x, y, glyph.size, glyph.size, source.get(), 0, 0, glyph.size, glyph.size, blend);
 }
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::taskpane

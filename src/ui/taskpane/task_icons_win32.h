@@ -8,7 +8,7 @@
 #include "ui/taskpane/glyph_canvas.h"
 #include "ui/taskpane/task_icons.h"
 
-namespace regvex::ui {
+namespace regvex::ui::taskpane {
 
 // Every TaskIcon at `size` pixels square, in TaskIcon order: 32-bit with alpha, and a
 // mask for the drawing code of common controls older than version 6.
@@ -20,4 +20,4 @@ taskpane::UniqueBitmap CreateGlyphBitmap(const GlyphImage& glyph);
 // Blends the glyph onto `dc` with its top left corner at (x, y).
 void DrawGlyph(HDC dc, int x, int y, const GlyphImage& glyph);
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::taskpane

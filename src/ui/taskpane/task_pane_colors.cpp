@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace regvex::ui {
+namespace regvex::ui::taskpane {
 
 namespace {
 
@@ -90,4 +90,4 @@ PanePalette MakePanePalette(const SystemColors& s) {
     return p;
 }
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::taskpane

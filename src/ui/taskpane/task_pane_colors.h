@@ -5,7 +5,7 @@
 
 #include "ui/base/services.h"
 
-namespace regvex::ui {
+namespace regvex::ui::taskpane {
 
 struct SystemColors {
     ColorRef window = Rgb(255, 255, 255);
@@ -47,4 +47,4 @@ ColorRef WithContrast(ColorRef color, ColorRef against, double ratio);
 
 PanePalette MakePanePalette(const SystemColors& system);
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::taskpane

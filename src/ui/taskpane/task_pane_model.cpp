@@ -7,7 +7,7 @@
 #include "text/upper_case.h"
 #include "text/utf8.h"
 
-namespace regvex::ui {
+namespace regvex::ui::taskpane {
 
 namespace {
 
@@ -400,4 +400,4 @@ int ScrollToReveal(const PaneRect& target, int top, int view_height, int content
     return ClampScroll(wanted, view_height, content_height);
 }
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::taskpane

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-namespace regvex::ui {
+namespace regvex::ui::taskpane {
 
 struct PanePoint {
     int x = 0;
@@ -206,4 +206,4 @@ int ScrollToReveal(const PaneRect& target, int top, int view_height, int content
 // The position kept within 0 .. content_height - view_height.
 int ClampScroll(int top, int view_height, int content_height);
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::taskpane

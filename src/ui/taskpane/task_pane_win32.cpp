@@ -12,7 +12,7 @@
 #include "ui/taskpane/task_icons_win32.h"
 #include "ui/taskpane/task_pane_colors.h"
 
-namespace regvex::ui {
+namespace regvex::ui::taskpane {
 
 using taskpane::SelectIn;
 using taskpane::UniqueBitmap;
@@ -794,4 +794,4 @@ void TaskPane::PaintGroup(HDC dc, std::size_t index, const PanePalette& palette)
     }
 }
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::taskpane

@@ -26,7 +26,7 @@
 #include "ui/taskpane/task_pane_colors.h"
 #include "ui/taskpane/task_pane_model.h"
 
-namespace regvex::ui {
+namespace regvex::ui::taskpane {
 
 class TaskPane {
   public:
@@ -119,4 +119,4 @@ class TaskPane {
     std::vector<ItemRef> tools_;
 };
 
-}  // namespace regvex::ui
+}  // namespace regvex::ui::taskpane

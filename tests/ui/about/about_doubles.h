@@ -14,7 +14,7 @@
 
 namespace regvex::testing {
 
-class RecordingLauncher final : public ProcessLauncher {
+class RecordingLauncher final : public system::ProcessLauncher {
   public:
     std::uint32_t RunAndWait(const std::string& command_line) override {
         waited.push_back(command_line);
@@ -47,7 +47,7 @@ class RecordingShell final : public ui::Shell {
     std::vector<std::string> urls;
 };
 
-class RecordingAboutView final : public ui::AboutView {
+class RecordingAboutView final : public ui::about::AboutView {
   public:
     void SetWindowIcon() override { calls.emplace_back("icon"); }
     void ResizeAbout() override { calls.emplace_back("resize"); }

@@ -12,7 +12,7 @@
 #include "support/scripted_services.h"
 #include "ui/base/program_version.h"
 
-namespace regvex::ui {
+namespace regvex::ui::about {
 namespace {
 
 using testing::PutString;
@@ -176,4 +176,4 @@ TEST(frmAbout, SysInfoButtonStartsTheToolWithTheProgramsFullRights) {
 }
 
 }  // namespace
-}  // namespace regvex::ui
+}  // namespace regvex::ui::about

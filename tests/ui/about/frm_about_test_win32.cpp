@@ -19,7 +19,7 @@
 #include "ui/base/gdi_win32.h"
 #include "ui/base/program_version.h"
 
-namespace regvex::ui {
+namespace regvex::ui::about {
 namespace {
 
 constexpr UINT kTickMs = 20;
@@ -232,4 +232,4 @@ TEST_F(AboutBoxTest, QuitClosesTheBoxAndReachesTheCallersLoop) {
 }
 
 }  // namespace
-}  // namespace regvex::ui
+}  // namespace regvex::ui::about

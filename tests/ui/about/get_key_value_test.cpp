@@ -10,7 +10,7 @@
 #include "engine/run_time_error.h"
 #include "support/registry_fixtures.h"
 
-namespace regvex::ui {
+namespace regvex::ui::about {
 namespace {
 
 using testing::Bytes;
@@ -133,4 +133,4 @@ TEST(GetKeyValue, DwordDigitsThatMakeNoNumberRaiseAnError) {
 }
 
 }  // namespace
-}  // namespace regvex::ui
+}  // namespace regvex::ui::about

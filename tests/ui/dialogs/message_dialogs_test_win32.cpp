@@ -18,11 +18,8 @@
 #include "ui/dialogs/message_dialogs_win32.h"
 #include "ui/dialogs/mod_dialogs_win32.h"
 
-namespace regvex::ui {
+namespace regvex::ui::dialogs {
 namespace {
-
-using modDialogs::HookHandle;
-using modDialogs::SetMessageBoxColors;
 
 constexpr ColorRef kTheme = Rgb(200, 40, 40);
 constexpr ColorRef kBlack = Rgb(0, 0, 0);
@@ -189,4 +186,4 @@ TEST(MessageBoxColors, WithoutArgumentsHooksButLeavesThePlatformsLook) {
 }
 
 }  // namespace
-}  // namespace regvex::ui
+}  // namespace regvex::ui::dialogs

@@ -8,7 +8,7 @@
 
 #include "ui/dialogs/mod_dialogs.h"
 
-namespace regvex::ui::modDialogs {
+namespace regvex::ui::dialogs {
 namespace {
 
 using Args = std::array<DialogColor, 4>;
@@ -122,4 +122,4 @@ TEST(AnswerMessage, EditsAndOtherControlsTakeTheirOwnColours) {
 }
 
 }  // namespace
-}  // namespace regvex::ui::modDialogs
+}  // namespace regvex::ui::dialogs

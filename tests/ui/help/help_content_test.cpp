@@ -14,7 +14,7 @@
 
 #include "ui/help/help_file.h"
 
-namespace regvex::ui {
+namespace regvex::ui::help {
 namespace {
 
 namespace fs = std::filesystem;
@@ -200,4 +200,4 @@ TEST_F(CompiledHelp, CarriesTheProductsVersionInItsTitle) {
 }
 
 }  // namespace
-}  // namespace regvex::ui
+}  // namespace regvex::ui::help

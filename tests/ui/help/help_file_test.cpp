@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace regvex::ui {
+namespace regvex::ui::help {
 namespace {
 
 TEST(HelpFilePath, IsTheHelpFileInTheProgramFolder) {
@@ -24,4 +24,4 @@ TEST(HelpNotShownMessage, NamesTheFileAndTellsWhyItWasNotShown) {
 }
 
 }  // namespace
-}  // namespace regvex::ui
+}  // namespace regvex::ui::help

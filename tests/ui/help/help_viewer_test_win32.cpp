@@ -18,7 +18,7 @@
 #include "text/wide_text_win32.h"
 #include "ui/help/help_file.h"
 
-namespace regvex::ui {
+namespace regvex::ui::help {
 namespace {
 
 std::string WindowsPath(std::string path) {
@@ -178,4 +178,4 @@ TEST_F(RealHelp, ClosesItsWindowsAndReleasesTheEngineWhenItGoes) {
 }
 
 }  // namespace
-}  // namespace regvex::ui
+}  // namespace regvex::ui::help

@@ -13,7 +13,7 @@
 #include "ui/base/program_version.h"
 #include "ui/ignore/ignore_window.h"
 
-namespace regvex::ui {
+namespace regvex::ui::ignore {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -524,4 +524,4 @@ TEST(AddFromResults, ARefusedDuplicateStillRewritesTheFile) {
 }
 
 }  // namespace
-}  // namespace regvex::ui
+}  // namespace regvex::ui::ignore

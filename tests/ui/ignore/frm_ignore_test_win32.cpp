@@ -20,7 +20,7 @@
 #include "ui/base/gdi_win32.h"
 #include "win32/test_support_win32.h"
 
-namespace regvex::ui {
+namespace regvex::ui::ignore {
 namespace {
 
 // Message boxes would wait for a person: these are only written down.
@@ -240,9 +240,9 @@ TEST_F(IgnoreWindowTest, AnEntryTypedAndAddedIsWrittenByApplyChanges) {
     // window, and the list keeps what was typed.
     {
         // Held open without sharing, as another program may hold it.
-        const UniqueHandle busy(CreateFileW(text::ToWide(IgnoreFile()).c_str(), GENERIC_READ, 0,
-                                            nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL,
-                                            nullptr));
+        const system::UniqueHandle busy(CreateFileW(text::ToWide(IgnoreFile()).c_str(),
+                                                    GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                                                    FILE_ATTRIBUTE_NORMAL, nullptr));
         ASSERT_TRUE(busy);
         dialogs.watched = window->Handle();
         Type("kept");
@@ -387,4 +387,4 @@ TEST_F(IgnoreWindowTest, ShownForAScreenshot) {
 }
 
 }  // namespace
-}  // namespace regvex::ui
+}  // namespace regvex::ui::ignore

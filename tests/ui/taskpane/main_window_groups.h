@@ -9,8 +9,8 @@
 
 namespace regvex::testing {
 
-inline std::vector<ui::TaskGroup> MainWindowGroups() {
-    using namespace regvex::ui;
+inline std::vector<ui::taskpane::TaskGroup> MainWindowGroups() {
+    using namespace regvex::ui::taskpane;
     return {
         {"&Tasks",
          "TASKS",

@@ -5,7 +5,7 @@
 #include "ui/taskpane/glyph_canvas.h"
 #include "ui/taskpane/task_icons.h"
 
-namespace regvex::ui {
+namespace regvex::ui::taskpane {
 namespace {
 
 std::uint8_t Channel(std::uint32_t pixel, int shift) {
@@ -157,4 +157,4 @@ TEST(TaskIcons, CollapsedChevronIsTheExpandedOneUpsideDown) {
 }
 
 }  // namespace
-}  // namespace regvex::ui
+}  // namespace regvex::ui::taskpane

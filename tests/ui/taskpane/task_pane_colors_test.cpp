@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace regvex::ui {
+namespace regvex::ui::taskpane {
 namespace {
 
 struct Scheme {
@@ -87,4 +87,4 @@ TEST(WithContrast, MovesAwayFromTheGroundOnlyWhenNeeded) {
 }
 
 }  // namespace
-}  // namespace regvex::ui
+}  // namespace regvex::ui::taskpane

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace regvex::ui {
+namespace regvex::ui::taskpane {
 namespace {
 
 // A fixed-pitch font: 6 pixels a character, 14 a line, words wrapped greedily.
@@ -431,4 +431,4 @@ TEST(ClampScroll, KeepsThePositionInsideTheContent) {
 }
 
 }  // namespace
-}  // namespace regvex::ui
+}  // namespace regvex::ui::taskpane

@@ -20,7 +20,7 @@
 #include "ui/taskpane/gdi_owners_win32.h"
 #include "ui/taskpane/task_pane_win32.h"
 
-namespace regvex::ui {
+namespace regvex::ui::taskpane {
 namespace {
 
 using taskpane::UniqueBitmap;
@@ -574,4 +574,4 @@ TEST(TaskPaneWindow, Screenshot) {
 }
 
 }  // namespace
-}  // namespace regvex::ui
+}  // namespace regvex::ui::taskpane
