@@ -2,6 +2,7 @@
 
 #include "ui/base/program_version.h"
 #include "ui/help/help_file.h"
+#include "ui/task_pane_keys.h"
 
 namespace regvex::ui {
 
@@ -12,34 +13,34 @@ constexpr double kDesignHeight = 768;
 
 }  // namespace
 
-std::vector<TaskGroupSpec> TaskPaneGroups() {
+std::vector<TaskPaneGroup> TaskPaneGroups() {
     return {
         {"&Tasks",
-         "TASKS",
+         kTasksGroup,
          {
-             {"SCAN", "Scan", "This task will scan for invalid entries in the registry."},
-             {"CHECKALL", "Select All Items", "This task will select all items to be deleted."},
-             {"UNCHECK", "UnSelect All Items",
+             {kScanTask, "Scan", "This task will scan for invalid entries in the registry."},
+             {kCheckAllTask, "Select All Items", "This task will select all items to be deleted."},
+             {kUncheckTask, "UnSelect All Items",
               "This task will deselect all items that were previously selected."},
-             {"DELETE", "Delete Selected Items",
+             {kDeleteTask, "Delete Selected Items",
               "This task will remove all selected items from the registry and create a backup "
               "file."},
-             {"RESTORE", "Restore Backups",
+             {kRestoreTask, "Restore Backups",
               "This task allows you to restore all registry entries removed."},
-             {"IGNORE", "Ignore List",
+             {kIgnoreTask, "Ignore List",
               "This task allows you to have Registry Vexlor ignore what you specify."},
          }},
         {"&Info",
-         "INFO",
+         kInfoGroup,
          {{"", "Backups are created automatically when deleting items from the registry.", ""}}},
         {"&Details",
-         "DETAILS",
+         kDetailsGroup,
          {
-             {"VERSION", ProgramTitleAndVersion(), ""},
-             {"COPY", "Copyright \xC2\xA9 2026 Dunmarch Software", ""},
-             {"COMPANY", "Dunmarch Software", ""},
-             {"ABOUT", "About...", ""},
-             {"FACEBOOK1", "\"Like\" Dunmarch Software",
+             {kVersionTask, ProgramTitleAndVersion(), ""},
+             {kCopyrightTask, "Copyright \xC2\xA9 2026 Dunmarch Software", ""},
+             {kCompanyTask, "Dunmarch Software", ""},
+             {kAboutTask, "About...", ""},
+             {kLikeTask, "\"Like\" Dunmarch Software",
               "\"Like\" Dunmarch Software. Visit Our Facebook Page"},
          }},
     };
@@ -110,31 +111,31 @@ void frmMain::Form_Resize() {
 }
 
 void frmMain::TaskPane_ItemClick(std::string_view key) {
-    if (key == "SCAN") {
+    if (key == kScanTask) {
         s_.view.BringToFront(MainView::Panel::kScan);
-    } else if (key == "CHECKALL") {
+    } else if (key == kCheckAllTask) {
         mnuCheckAll_Click();
-    } else if (key == "UNCHECK") {
+    } else if (key == kUncheckTask) {
         mnuUncheckAll_Click();
-    } else if (key == "DELETE") {
+    } else if (key == kDeleteTask) {
         mnuFix_Click();
-    } else if (key == "ABOUT") {
+    } else if (key == kAboutTask) {
         s_.view.ShowAbout();
-    } else if (key == "RESTORE") {
+    } else if (key == kRestoreTask) {
         try {
             LoadBackupList();
         } catch (const std::exception& error) {
             ShowRunTimeError(s_.dialogs, state_.theme, error);
         }
         s_.view.BringToFront(MainView::Panel::kBackups);
-    } else if (key == "IGNORE") {
+    } else if (key == kIgnoreTask) {
         if (state_.bScanning) {
             Message("The ignore list cannot be viewed during scanning!", mb::kCritical,
                     kProductName);
         } else {
             s_.ignore.Show();
         }
-    } else if (key == "FACEBOOK1") {
+    } else if (key == kLikeTask) {
         s_.shell.OpenUrl(kProjectPage);
     }
 }

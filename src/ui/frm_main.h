@@ -40,17 +40,18 @@ struct MainControls {
     Captioned& mnuStartStop;
 };
 
-// One item of the task pane: a link when it has a key, plain text when it has none.
-struct TaskItemSpec {
-    std::string key;
+// One item of the task pane: a link when it has a key, plain text when it has none. Keys
+// are the constants of ui/task_pane_keys.h.
+struct TaskPaneLink {
+    std::string_view key;
     std::string text;
     std::string tooltip;
 };
 
-struct TaskGroupSpec {
+struct TaskPaneGroup {
     std::string caption;
-    std::string key;
-    std::vector<TaskItemSpec> items;
+    std::string_view key;
+    std::vector<TaskPaneLink> items;
 };
 
 // The key the Registry Editor is to show for a finding: "Computer\" (or "My Computer\"
@@ -59,7 +60,7 @@ std::string RegeditLastKey(std::uint32_t major_version, std::string_view root_ke
                            std::string_view sub_key);
 
 // The task pane's groups and items, in order.
-std::vector<TaskGroupSpec> TaskPaneGroups();
+std::vector<TaskPaneGroup> TaskPaneGroups();
 
 // What only the window itself can do.
 class MainView {
@@ -70,7 +71,7 @@ class MainView {
     virtual void SetWindowIcon() = 0;
     // Sets the font of every control that has one.
     virtual void SetControlsFont(std::string_view font_name) = 0;
-    virtual void BuildTaskPane(const std::vector<TaskGroupSpec>& groups) = 0;
+    virtual void BuildTaskPane(const std::vector<TaskPaneGroup>& groups) = 0;
     virtual void BringToFront(Panel panel) = 0;
     // The proportional form resizer: at load the window is sized to the ratios; later
     // calls lay the controls out to the window as it stands.

@@ -6,6 +6,7 @@
 
 #include "text/wide_text_win32.h"
 #include "ui/base/startup_win32.h"
+#include "ui/task_pane_keys.h"
 #include "ui/taskpane/task_icons.h"
 
 namespace regvex::ui {
@@ -20,12 +21,18 @@ constexpr COLORREF kLinkColor = RGB(0, 70, 170);
 
 int TaskIconOf(std::string_view key) {
     static const std::map<std::string_view, int> icons{
-        {"SCAN", taskpane::kIconScan},       {"CHECKALL", taskpane::kIconCheckAll},
-        {"UNCHECK", taskpane::kIconUncheck}, {"DELETE", taskpane::kIconDelete},
-        {"RESTORE", taskpane::kIconRestore}, {"IGNORE", taskpane::kIconIgnore},
-        {"", taskpane::kIconInfo},           {"VERSION", taskpane::kIconVersion},
-        {"COPY", taskpane::kIconCopyright},  {"COMPANY", taskpane::kIconCompany},
-        {"ABOUT", taskpane::kIconAbout},     {"FACEBOOK1", taskpane::kIconLike},
+        {kScanTask, taskpane::kIconScan},
+        {kCheckAllTask, taskpane::kIconCheckAll},
+        {kUncheckTask, taskpane::kIconUncheck},
+        {kDeleteTask, taskpane::kIconDelete},
+        {kRestoreTask, taskpane::kIconRestore},
+        {kIgnoreTask, taskpane::kIconIgnore},
+        {"", taskpane::kIconInfo},
+        {kVersionTask, taskpane::kIconVersion},
+        {kCopyrightTask, taskpane::kIconCopyright},
+        {kCompanyTask, taskpane::kIconCompany},
+        {kAboutTask, taskpane::kIconAbout},
+        {kLikeTask, taskpane::kIconLike},
     };
     auto it = icons.find(key);
     return it == icons.end() ? taskpane::kNoIcon : it->second;
@@ -223,15 +230,16 @@ void MainWindow::SetControlsFont(std::string_view font_name) {
     resizer_.Capture(window_);
 }
 
-void MainWindow::BuildTaskPane(const std::vector<TaskGroupSpec>& groups) {
+void MainWindow::BuildTaskPane(const std::vector<TaskPaneGroup>& groups) {
     std::vector<taskpane::TaskGroup> pane;
-    for (const TaskGroupSpec& source : groups) {
+    for (const TaskPaneGroup& source : groups) {
         taskpane::TaskGroup group;
         group.caption = source.caption;
         group.key = source.key;
         group.special = pane.empty();
-        for (const TaskItemSpec& item : source.items) {
-            group.items.push_back({item.key, item.text, item.tooltip, TaskIconOf(item.key)});
+        for (const TaskPaneLink& item : source.items) {
+            group.items.push_back(
+                {std::string(item.key), item.text, item.tooltip, TaskIconOf(item.key)});
         }
         pane.push_back(std::move(group));
     }
@@ -333,7 +341,7 @@ void MainWindow::OnCommand(int id, int code) {
             form_->mnuStartStop_Click();
             break;
         case kMenuRestore:
-            form_->TaskPane_ItemClick("RESTORE");
+            form_->TaskPane_ItemClick(kRestoreTask);
             break;
         case kMenuExit:
             form_->mnuExit_Click();

@@ -57,7 +57,7 @@ class MainWindow final : public MainView {
     // MainView
     void SetWindowIcon() override;
     void SetControlsFont(std::string_view font_name) override;
-    void BuildTaskPane(const std::vector<TaskGroupSpec>& groups) override;
+    void BuildTaskPane(const std::vector<TaskPaneGroup>& groups) override;
     void BringToFront(Panel panel) override;
     void ScaleForm(double ratio_x, double ratio_y, bool size_window) override;
     void LayOut() override;

@@ -112,7 +112,7 @@ TEST(Fix, ABackupThatCannotBeWrittenDeletesNothing) {
 
 TEST(Fix, TheDeleteTaskRunsTheFix) {
     BackupsRig rig;
-    rig.main.TaskPane_ItemClick("DELETE");
+    rig.main.TaskPane_ItemClick(kDeleteTask);
     EXPECT_EQ(rig.disk.files.size(), 1u);
 }
 
@@ -120,7 +120,7 @@ TEST(BackupList, NumbersDatesAndSizesTheBackupsAndTagsTheirNames) {
     BackupsRig rig;
     rig.AddBackupFile("Backup (9-30-2013 1.00.00 PM).reg", 1023);
     rig.AddBackupFile("Backup (10-1-2013 2.30.00 PM).reg", 1536);
-    rig.main.TaskPane_ItemClick("RESTORE");
+    rig.main.TaskPane_ItemClick(kRestoreTask);
     ASSERT_EQ(rig.backups.rows.size(), 2u);
     EXPECT_EQ(rig.backups.rows[0].texts,
               (std::vector<std::string>{"Backup #1", "10/1/2013 2:30:00 PM", "1.5 KB"}));

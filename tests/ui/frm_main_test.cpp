@@ -50,7 +50,7 @@ TEST(MainWindowLoad, CreatesTheListColumnsAndTheTaskPane) {
     for (const auto& group : rig.view.pane) {
         keys.push_back(group.caption);
         for (const auto& item : group.items) {
-            keys.push_back(item.key);
+            keys.emplace_back(item.key);
         }
     }
     EXPECT_EQ(keys, (std::vector<std::string>{"&Tasks", "SCAN", "CHECKALL", "UNCHECK", "DELETE",
@@ -97,9 +97,9 @@ TEST(MainWindowTasks, EachKeyDoesWhatTheTaskPaneSays) {
     rig.errors.AddRow({"Invalid Entry", "HKEY_CURRENT_USER", "K\\b", "C:\\b.exe"});
     rig.view.calls.clear();
 
-    rig.main.TaskPane_ItemClick("SCAN");
-    rig.main.TaskPane_ItemClick("RESTORE");
-    rig.main.TaskPane_ItemClick("ABOUT");
+    rig.main.TaskPane_ItemClick(kScanTask);
+    rig.main.TaskPane_ItemClick(kRestoreTask);
+    rig.main.TaskPane_ItemClick(kAboutTask);
     EXPECT_EQ(rig.view.calls, (std::vector<std::string>{"front scan", "front backups", "about"}));
     EXPECT_EQ(rig.pump.pumps, 0);  // the scan task never starts a scan
     // The backups task rebuilds the list first, which finds none here.
@@ -107,25 +107,26 @@ TEST(MainWindowTasks, EachKeyDoesWhatTheTaskPaneSays) {
     EXPECT_EQ(rig.dialogs.shown[0].prompt, "There are no backups available at this time.");
     rig.dialogs.shown.clear();
 
-    rig.main.TaskPane_ItemClick("CHECKALL");
+    rig.main.TaskPane_ItemClick(kCheckAllTask);
     EXPECT_TRUE(rig.errors.Checked(0) && rig.errors.Checked(1));
-    rig.main.TaskPane_ItemClick("UNCHECK");
+    rig.main.TaskPane_ItemClick(kUncheckTask);
     EXPECT_FALSE(rig.errors.Checked(0) || rig.errors.Checked(1));
 
-    rig.main.TaskPane_ItemClick("FACEBOOK1");
+    rig.main.TaskPane_ItemClick(kLikeTask);
     EXPECT_EQ(rig.shell.urls.size(), 1u);
 
-    rig.main.TaskPane_ItemClick("IGNORE");
+    rig.main.TaskPane_ItemClick(kIgnoreTask);
     EXPECT_EQ(rig.ignore.shows, 1);
     rig.state.bScanning = true;
-    rig.main.TaskPane_ItemClick("IGNORE");
+    rig.main.TaskPane_ItemClick(kIgnoreTask);
     EXPECT_EQ(rig.ignore.shows, 1);
     ASSERT_EQ(rig.dialogs.shown.size(), 1u);
     EXPECT_EQ(rig.dialogs.shown[0].prompt, "The ignore list cannot be viewed during scanning!");
     EXPECT_EQ(rig.dialogs.shown[0].style, mb::kCritical);
     EXPECT_EQ(rig.dialogs.shown[0].title, "Registry Vexlor");
 
-    for (const char* nothing : {"VERSION", "COPY", "COMPANY", "TASKS", "scan", ""}) {
+    for (const std::string_view nothing : {kVersionTask, kCopyrightTask, kCompanyTask, kTasksGroup,
+                                           std::string_view("scan"), std::string_view()}) {
         rig.main.TaskPane_ItemClick(nothing);
     }
     EXPECT_EQ(rig.dialogs.shown.size(), 1u);

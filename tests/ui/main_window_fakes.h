@@ -14,6 +14,7 @@
 #include "support/system_doubles.h"
 #include "ui/frm_main.h"
 #include "ui/ignore/ignore_window.h"
+#include "ui/task_pane_keys.h"
 
 namespace regvex::testing {
 
@@ -110,7 +111,7 @@ class RecordingView final : public ui::MainView {
     void SetControlsFont(std::string_view font) override {
         calls.push_back("font " + std::string(font));
     }
-    void BuildTaskPane(const std::vector<ui::TaskGroupSpec>& groups) override { pane = groups; }
+    void BuildTaskPane(const std::vector<ui::TaskPaneGroup>& groups) override { pane = groups; }
     void BringToFront(Panel panel) override {
         calls.push_back(panel == Panel::kScan ? "front scan" : "front backups");
     }
@@ -128,7 +129,7 @@ class RecordingView final : public ui::MainView {
         bool size_window;
     };
     std::vector<std::string> calls;
-    std::vector<ui::TaskGroupSpec> pane;
+    std::vector<ui::TaskPaneGroup> pane;
     std::vector<Scale> scales;
     int pauses = 0;
 };
