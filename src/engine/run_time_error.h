@@ -9,6 +9,7 @@
 
 namespace regvex {
 
+inline constexpr int kErrorOverflow = 6;
 inline constexpr int kErrorOutOfMemory = 7;
 inline constexpr int kErrorAccessDenied = 5;
 // The same number, as the failure of a text operation given an impossible length.

@@ -6,24 +6,14 @@
 #include "backup/backup_catalogue.h"
 #include "backup/backup_file.h"
 #include "backup/registry_fix.h"
-#include "engine/run_time_error.h"
 #include "text/concat.h"
+#include "ui/base/list_rows.h"
 #include "ui/base/program_version.h"
 #include "ui/frm_main.h"
 
 namespace regvex::ui {
 
 namespace {
-
-// The list's row counter has always been 16 bits wide.
-constexpr int kMostRows = 32767;
-constexpr int kErrorOverflow = 6;
-
-void CheckRowCount(const CheckListView& list) {
-    if (list.RowCount() > kMostRows) {
-        throw RunTimeError(kErrorOverflow, "Overflow: the list holds more than 32767 rows.");
-    }
-}
 
 // These commands go on past every failure: a name without a date shows none.
 std::string DateTextOrNothing(std::string_view file_name) {
@@ -43,9 +33,9 @@ bool frmMain::EnsureBackupsFolder() {
 
 void frmMain::CreateRegistryBackup() {
     CheckListView& list = c_.lvwRegErrors;
-    CheckRowCount(list);
+    const int count = CountOfRows(list.RowCount());
     std::vector<backup::BackupRow> rows;
-    for (int row = 0; row < list.RowCount(); ++row) {
+    for (int row = 0; row < count; ++row) {
         if (list.Checked(row)) {
             rows.push_back({list.Text(row, 1), list.Text(row, 2), list.Text(row, 3)});
         }

@@ -5,11 +5,11 @@
 
 #include "engine/caching_file_existence.h"
 #include "engine/file_reference.h"
-#include "engine/run_time_error.h"
 #include "scan/finding_verdict.h"
 #include "text/concat.h"
 #include "text/upper_case.h"
 #include "text/utf8.h"
+#include "ui/base/list_rows.h"
 #include "ui/base/program_version.h"
 #include "ui/frm_main.h"
 
@@ -22,14 +22,6 @@ constexpr std::string_view kBeginScan = "Begin Scan";
 constexpr std::string_view kMenuStart = "&Start Scan";
 constexpr std::string_view kMenuStop = "&Stop Scan";
 constexpr double kKeyRepaintInterval = 0.1;
-
-// The program counts rows with 16-bit numbers: more rows than they hold is an overflow.
-int CountOfRows(int count) {
-    if (count > 32767) {
-        throw RunTimeError(6, "Overflow");
-    }
-    return count;
-}
 
 std::string ErrorsFound(int count) {
     return text::Concat({"(", std::to_string(count), " errors found)"});
@@ -139,7 +131,8 @@ void frmMain::cReg_SearchFound(std::string_view sRootKey, std::string_view sKey,
         // Reading the list loads the ignore window (hidden) when it is not loaded.
         ListBox& entries = s_.ignore.lstIgnore();
         std::vector<std::string> ignore_entries;
-        for (int i = 0; i < CountOfRows(entries.ItemCount()); ++i) {
+        const int count = CountOfRows(entries.ItemCount());
+        for (int i = 0; i < count; ++i) {
             ignore_entries.push_back(entries.Item(i));
         }
         if (scan::IsIgnored(ignore_entries, path, sKey)) {

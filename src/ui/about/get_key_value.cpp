@@ -11,7 +11,6 @@ namespace regvex::ui::about {
 
 namespace {
 
-inline constexpr int kErrorOverflow = 6;
 inline constexpr int kErrorTypeMismatch = 13;
 
 std::string_view AsText(const std::vector<std::uint8_t>& data) {
