@@ -142,12 +142,14 @@ class FindingCounter final : public SearchEvents {
     explicit FindingCounter(const scan::FindingRules& rules) : rules_(rules) {}
 
     void SearchFound(std::string_view, std::string_view sKey, std::string_view sValue,
-                     std::int32_t) override {
+                     FoundKind) override {
         if (scan::IsListedFinding(rules_, sKey, sValue)) {
             ++findings_;
         }
     }
-    void SearchFinished(std::int32_t lReason) override { reason_ = lReason; }
+    void SearchFinished(FinishReason lReason) override {
+        reason_ = static_cast<std::int32_t>(lReason);
+    }
 
     std::size_t findings() const { return findings_; }
     std::int32_t reason() const { return reason_; }

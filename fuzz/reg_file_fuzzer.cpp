@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -27,15 +28,15 @@ class VerdictEvents final : public SearchEvents {
   public:
     explicit VerdictEvents(const scan::FindingRules& rules) : rules_(rules) {}
     void SearchFound(std::string_view sRootKey, std::string_view sKey, std::string_view sValue,
-                     std::int32_t lFound) override {
-        if (sRootKey.empty() || lFound < 0 || lFound > 2) {
+                     FoundKind lFound) override {
+        if (sRootKey.empty() || scan::FindingStatus(lFound).empty()) {
             __builtin_trap();
         }
         scan::IsListedFinding(rules_, sKey, sValue);
     }
-    void SearchFinished(std::int32_t lReason) override { reason = lReason; }
+    void SearchFinished(FinishReason lReason) override { reason = lReason; }
 
-    std::int32_t reason = -1;
+    std::optional<FinishReason> reason;
 
   private:
     const scan::FindingRules& rules_;
@@ -56,7 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     HalfTheFiles files;
     const std::string ignore_entries[] = {"IGNORED", "SOFTWARE\\KEPT"};
-    const scan::FindingRules rules{"C:\\", &files, ignore_entries, false};
+    const scan::FindingRules rules{"C:\\", &files, scan::FixedIgnoreEntries(ignore_entries), false};
     QuietSearchHost host;
     VerdictEvents events(rules);
     cRegSearch search(registry, host, events, reg::kKeyAllAccess);
@@ -66,7 +67,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     search.SearchString("C:\\");
     search.DoSearch();
     // Nothing in a registry held in memory can end the walk early or keep a key open.
-    if (events.reason != 0 || registry.OpenHandleCount() != 0) {
+    if (events.reason != FinishReason::kFinished || registry.OpenHandleCount() != 0) {
         __builtin_trap();
     }
     return 0;

@@ -78,7 +78,7 @@ class CliScanEvents final : public SearchEvents {
     void StopWhenOutputFails(cRegSearch& search) { search_ = &search; }
 
     void SearchFound(std::string_view sRootKey, std::string_view sKey, std::string_view sValue,
-                     std::int32_t lFound) override {
+                     FoundKind lFound) override {
         if (!scan::IsListedFinding(rules_, sKey, sValue)) {
             return;
         }
@@ -101,10 +101,10 @@ class CliScanEvents final : public SearchEvents {
         ++count_;
         progress_.FindingListed();
     }
-    void SearchFinished(std::int32_t lReason) override { reason_ = lReason; }
+    void SearchFinished(FinishReason lReason) override { reason_ = lReason; }
 
     std::size_t count() const { return count_; }
-    std::int32_t reason() const { return reason_; }
+    FinishReason reason() const { return reason_; }
 
   private:
     const scan::FindingRules& rules_;
@@ -114,7 +114,7 @@ class CliScanEvents final : public SearchEvents {
     bool interactive_;
     cRegSearch* search_ = nullptr;
     std::size_t count_ = 0;
-    std::int32_t reason_ = 0;
+    FinishReason reason_ = FinishReason::kFinished;
 };
 
 // The system's existence test with its answers remembered for one scan.
@@ -326,7 +326,8 @@ int Search(const ScanOptions& options, Registry& registry, std::ostream* out,
 
     // The scan as the program runs it: every root, value names and data, the extension
     // filter off.
-    const scan::FindingRules rules{options.scan_drive, files.get(), ignore_entries, false};
+    const scan::FindingRules rules{options.scan_drive, files.get(),
+                                   scan::FixedIgnoreEntries(ignore_entries), false};
     const bool progress_shown = platform.StderrIsTerminal();
     ProgressLine progress(err, progress_shown);
     CliSearchHost host(progress);
@@ -347,8 +348,9 @@ int Search(const ScanOptions& options, Registry& registry, std::ostream* out,
 
     err << events.count() << " errors found\n";
     ReportUnexamined(counted, err);
-    if (events.reason() != 0) {
-        err << "regvexlor-cli: the scan ended early with error " << events.reason() << "\n";
+    if (events.reason() != FinishReason::kFinished) {
+        err << "regvexlor-cli: the scan ended early with error "
+            << static_cast<std::int32_t>(events.reason()) << "\n";
         return kExitScanFailed;
     }
     return kExitOk;

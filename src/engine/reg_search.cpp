@@ -9,7 +9,7 @@ namespace regvex {
 
 namespace {
 
-constexpr std::int32_t kStopped = 1;
+constexpr auto kStopped = static_cast<std::int32_t>(FinishReason::kStopped);
 constexpr int kProgressMax = 8;
 constexpr std::string_view kKeyNameValue = "*";
 
@@ -46,7 +46,7 @@ void cRegSearch::DoSearch() {
     }
     host_.SetProgressValue(0);
     running_ = false;
-    events_.SearchFinished(stop_code_);
+    events_.SearchFinished(static_cast<FinishReason>(stop_code_));
     stop_code_ = 0;
 }
 
@@ -106,7 +106,7 @@ void cRegSearch::SearchKeys(RootKeyHandle root) {
                 host_.SetCurrentKey(label_);
             }
             if (IsMatch(name)) {
-                events_.SearchFound(root_name, path_, kKeyNameValue, 0);
+                events_.SearchFound(root_name, path_, kKeyNameValue, FoundKind::kKeyName);
             }
             // Nothing is left of a name that starts with a NUL (the native API can make
             // such keys): its path names the key being walked, and descending would walk
@@ -155,12 +155,13 @@ void cRegSearch::SearchValues(RootKeyHandle root) {
             if ((search_flags_ & search_flags::kValueNames) != 0 && IsMatchUpToNull(raw_name)) {
                 ValueDataToText(value_slot_.type, data, found_value_);
                 events_.SearchFound(RootKeyName(root), FoundKey(TrimNull(raw_name)), found_value_,
-                                    1);
+                                    FoundKind::kValueName);
             }
             std::string_view text;
             if ((search_flags_ & search_flags::kValueData) != 0 &&
                 DataTextForMatch(value_slot_.type, data, text) && IsMatch(text)) {
-                events_.SearchFound(RootKeyName(root), FoundKey(TrimNull(raw_name)), text, 2);
+                events_.SearchFound(RootKeyName(root), FoundKey(TrimNull(raw_name)), text,
+                                    FoundKind::kValueData);
             }
         }
     } catch (const std::exception& error) {

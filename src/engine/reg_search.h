@@ -46,18 +46,27 @@ class QuietSearchHost final : public SearchHost {
     int progress_ = 0;
 };
 
+// What a match is, by the number owners have always been handed. Any other number can
+// stand here too; the program lists such a match without a status.
+enum class FoundKind : std::int32_t {
+    kKeyName = 0,    // sKey is the key path, sValue "*"
+    kValueName = 1,  // sKey is the key path, a backslash and the value name
+    kValueData = 2,  // the same, for a match in the value's data
+};
+
+// Why a search ended: it ran to its end, it was stopped, or, as any other number, the
+// run-time error that ended it.
+enum class FinishReason : std::int32_t { kFinished = 0, kStopped = 1 };
+
 // The events of cRegSearch, received by its owner.
 class SearchEvents {
   public:
     virtual ~SearchEvents() = default;
-    // lFound: 0 a key name matched (sKey is the key path, sValue "*"), 1 a value name,
-    // 2 a value's data (sKey is the key path, a backslash and the value name).
     // The texts live only for the length of the call.
     virtual void SearchFound(std::string_view sRootKey, std::string_view sKey,
-                             std::string_view sValue, std::int32_t lFound) = 0;
-    // lReason: 0 the walk ran to its end, 1 it was stopped, else the error number.
-    virtual void SearchFinished(std::int32_t lReason) = 0;
-    // Declared for owners; this engine never raises it.
+                             std::string_view sValue, FoundKind lFound) = 0;
+    virtual void SearchFinished(FinishReason lReason) = 0;
+    // Owners declare a handler for it, but this engine never raises it.
     virtual void SearchKeyChanged(const std::string& sFullKeyName) { (void)sFullKeyName; }
 };
 
@@ -81,7 +90,7 @@ class cRegSearch {
 
     // Runs the whole search and raises SearchFinished last.
     void DoSearch();
-    // Asks a running search to end; it finishes with lReason 1. No effect when idle.
+    // Asks a running search to end; it finishes as stopped. No effect when idle.
     void StopSearch();
     // The walk ends the process at its next yield, without finishing.
     void CloseProgram() { close_request_ = true; }

@@ -15,8 +15,14 @@ constexpr std::array<std::string_view, 22> kKnownExtensions{
 
 }  // namespace
 
-std::string FindingStatus(std::int32_t lFound) {
-    return lFound >= 0 && lFound <= 2 ? std::string(kInvalidEntry) : std::string();
+std::string FindingStatus(FoundKind lFound) {
+    switch (lFound) {
+        case FoundKind::kKeyName:
+        case FoundKind::kValueName:
+        case FoundKind::kValueData:
+            return std::string(kInvalidEntry);
+    }
+    return {};
 }
 
 bool HasKnownFileExtension(std::string_view path) {
@@ -46,6 +52,10 @@ bool IsIgnored(std::span<const std::string> ignore_entries, std::string_view pat
     return false;
 }
 
+IgnoreEntries FixedIgnoreEntries(std::span<const std::string> entries) {
+    return [entries] { return entries; };
+}
+
 bool IsListedFinding(const FindingRules& rules, std::string_view sKey, std::string_view sValue) {
     const std::string path = ValidatePath(sValue, rules.scan_drive);
     // "Rejected" is looked up too, as a file of that name in the current folder; it is
@@ -53,7 +63,7 @@ bool IsListedFinding(const FindingRules& rules, std::string_view sKey, std::stri
     if (PathExists(*rules.files, path)) {
         return false;
     }
-    if (IsIgnored(rules.ignore_entries, path, sKey)) {
+    if (rules.ignore_entries && IsIgnored(rules.ignore_entries(), path, sKey)) {
         return false;
     }
     if (rules.safe_scan && !HasKnownFileExtension(path)) {

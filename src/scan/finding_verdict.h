@@ -1,20 +1,21 @@
 #pragma once
 // What the scan makes of one match of the search: whether it becomes a row of the
-// results, and with which status text.
+// results, and with which status text. The program and the command line both ask here.
 
-#include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
 
 #include "engine/path_exists.h"
+#include "engine/reg_search.h"
 
 namespace regvex::scan {
 
 inline constexpr std::string_view kInvalidEntry = "Invalid Entry";
 
 // "Invalid Entry" for a key-name, value-name or value-data match; empty otherwise.
-std::string FindingStatus(std::int32_t lFound);
+std::string FindingStatus(FoundKind lFound);
 
 // True when a path ends in one of the extensions that the restricted scan lists.
 bool HasKnownFileExtension(std::string_view path);
@@ -23,10 +24,17 @@ bool HasKnownFileExtension(std::string_view path);
 bool IsIgnored(std::span<const std::string> ignore_entries, std::string_view path,
                std::string_view key);
 
+// The ignore entries, asked for once for each match whose file is missing, at the moment
+// the verdict needs them: the program reads them from its ignore window's list each time.
+using IgnoreEntries = std::function<std::span<const std::string>()>;
+
+// Entries loaded once, the same for every match. They must outlive the answer.
+IgnoreEntries FixedIgnoreEntries(std::span<const std::string> entries);
+
 struct FindingRules {
     std::string scan_drive;  // "C:\"
     FileExistence* files = nullptr;
-    std::span<const std::string> ignore_entries;
+    IgnoreEntries ignore_entries;  // none when empty
     bool safe_scan = false;
 };
 

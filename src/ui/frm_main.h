@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -131,6 +132,7 @@ class frmMain final : private SearchHost, private SearchEvents {
 
     void cmdStartStop_Click();
     void mnuStartStop_Click();
+    // The window's contract names it; nothing in the program raises it.
     void lblCurrentKey_Change() {}
 
     // Repair and backups (frm_main_backups.cpp) and the Registry Editor (frm_main_regedit.cpp).
@@ -145,16 +147,17 @@ class frmMain final : private SearchHost, private SearchEvents {
     bool LayoutReady() const { return layout_ready_; }
     bool SafeScan() const { return bSafeScan_; }
 
-    // The search object's events, as the window handles them.
+    // The search object's events, as the window handles them. The search never raises
+    // SearchKeyChanged; its handler is kept because the window's contract names it.
     void cReg_SearchFound(std::string_view sRootKey, std::string_view sKey, std::string_view sValue,
-                          std::int32_t lFound);
-    void cReg_SearchFinished(std::int32_t lReason);
+                          FoundKind lFound);
+    void cReg_SearchFinished(FinishReason lReason);
     void cReg_SearchKeyChanged(const std::string& sFullKeyName);
 
   private:
     void SearchFound(std::string_view sRootKey, std::string_view sKey, std::string_view sValue,
-                     std::int32_t lFound) override;
-    void SearchFinished(std::int32_t lReason) override;
+                     FoundKind lFound) override;
+    void SearchFinished(FinishReason lReason) override;
     void SearchKeyChanged(const std::string& sFullKeyName) override;
 
     // What the search drives in this window.
@@ -166,6 +169,9 @@ class frmMain final : private SearchHost, private SearchEvents {
     void EndProcess() override;
 
     void StartScan();
+    // The entries of the ignore window's list as they stand, loading the window (hidden)
+    // when it is not loaded.
+    std::span<const std::string> ReadIgnoreList();
     void StopScan();
     void ScreenScaling(bool at_load);
     void AutoSizeListColumns(CheckListView& list);
@@ -179,6 +185,7 @@ class frmMain final : private SearchHost, private SearchEvents {
     std::unique_ptr<cRegSearch> cReg;
     // Existence answers remembered for the scan that runs.
     std::unique_ptr<FileExistence> scan_files_;
+    std::vector<std::string> ignore_entries_;
 
     bool bSafeScan_ = false;
     double dNextKeyUpdate_ = 0;

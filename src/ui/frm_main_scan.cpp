@@ -4,7 +4,6 @@
 #include <exception>
 
 #include "engine/caching_file_existence.h"
-#include "engine/file_reference.h"
 #include "scan/finding_verdict.h"
 #include "text/concat.h"
 #include "text/upper_case.h"
@@ -107,11 +106,11 @@ void frmMain::mnuStartStop_Click() {
 }
 
 void frmMain::SearchFound(std::string_view sRootKey, std::string_view sKey, std::string_view sValue,
-                          std::int32_t lFound) {
+                          FoundKind lFound) {
     cReg_SearchFound(sRootKey, sKey, sValue, lFound);
 }
 
-void frmMain::SearchFinished(std::int32_t lReason) {
+void frmMain::SearchFinished(FinishReason lReason) {
     cReg_SearchFinished(lReason);
 }
 
@@ -119,29 +118,24 @@ void frmMain::SearchKeyChanged(const std::string& sFullKeyName) {
     cReg_SearchKeyChanged(sFullKeyName);
 }
 
+std::span<const std::string> frmMain::ReadIgnoreList() {
+    ListBox& entries = s_.ignore.lstIgnore();
+    const int count = CountOfRows(entries.ItemCount());
+    ignore_entries_.clear();
+    for (int i = 0; i < count; ++i) {
+        ignore_entries_.push_back(entries.Item(i));
+    }
+    return ignore_entries_;
+}
+
 void frmMain::cReg_SearchFound(std::string_view sRootKey, std::string_view sKey,
-                               std::string_view sValue, std::int32_t lFound) {
+                               std::string_view sValue, FoundKind lFound) {
     try {
         const std::string status = scan::FindingStatus(lFound);
-        const std::string path = ValidatePath(sValue, state_.ScanDrive);
         FileExistence& files = scan_files_ ? *scan_files_ : s_.files;
-        if (PathExists(files, path)) {
-            return;
-        }
-        // Reading the list loads the ignore window (hidden) when it is not loaded.
-        ListBox& entries = s_.ignore.lstIgnore();
-        std::vector<std::string> ignore_entries;
-        const int count = CountOfRows(entries.ItemCount());
-        for (int i = 0; i < count; ++i) {
-            ignore_entries.push_back(entries.Item(i));
-        }
-        if (scan::IsIgnored(ignore_entries, path, sKey)) {
-            return;
-        }
-        if (bSafeScan_ && !scan::HasKnownFileExtension(path)) {
-            return;
-        }
-        if (path == kRejected) {
+        const scan::FindingRules rules{state_.ScanDrive, &files,
+                                       [this] { return ReadIgnoreList(); }, bSafeScan_};
+        if (!scan::IsListedFinding(rules, sKey, sValue)) {
             return;
         }
         c_.lvwRegErrors.AddRow(
@@ -175,15 +169,16 @@ void frmMain::cReg_SearchKeyChanged(const std::string& sFullKeyName) {
     }
 }
 
-void frmMain::cReg_SearchFinished(std::int32_t lReason) {
-    if (lReason == 0) {
+void frmMain::cReg_SearchFinished(FinishReason lReason) {
+    if (lReason == FinishReason::kFinished) {
         c_.lblCurrentKey.SetCaption(
             "Registry Vexlor has finished searching and found the following errors below:");
-    } else if (lReason == 1) {
+    } else if (lReason == FinishReason::kStopped) {
         c_.lblCurrentKey.SetCaption("Scan proccess stopped by user.");
     } else {
+        const auto number = static_cast<std::int32_t>(lReason);
         c_.lblCurrentKey.SetCaption(
-            text::Concat({"An Error occured! Err number = ", std::to_string(lReason)}));
+            text::Concat({"An Error occured! Err number = ", std::to_string(number)}));
     }
     c_.cmdStartStop.SetCaption(kBeginScan);
     c_.lblStatus.SetCaption("Search result:");

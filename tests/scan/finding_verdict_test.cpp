@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -25,24 +26,34 @@ class SetOfFiles final : public FileExistence {
 TEST(FindingVerdict, ListsMissingPlainPathsThatNoRuleDrops) {
     SetOfFiles files({"C:\\PRESENT.EXE", "REJECTED"});
     const std::vector<std::string> ignore{"OLDAPP", "lower", "SOFTWARE\\SKIP"};
-    const FindingRules rules{"C:\\", &files, ignore, false};
+    // The list is read only once the file is known to be missing.
+    int reads = 0;
+    const FindingRules rules{"C:\\", &files,
+                             [&] {
+                                 ++reads;
+                                 return std::span<const std::string>(ignore);
+                             },
+                             false};
     const struct {
         const char* key;
         const char* value;
         bool listed;
+        int reads;
     } cases[] = {
-        {"Software\\App\\v", "C:\\missing.exe", true},
-        {"Software\\App\\v", "C:\\present.exe", false},
-        {"Software\\App\\v", "C:\\App\\page.html", false},  // rejected
-        {"Software\\App", "*", false},                      // a key-name match
-        {"Software\\App\\v", "C:\\Program Files\\OldApp\\a.dll", false},
-        {"Software\\OldApp\\v", "C:\\other.dll", false},  // the key holds the entry
-        {"Software\\Skip\\v", "C:\\other.dll", false},
-        {"Software\\App\\v", "C:\\lower\\x.dll", true},   // lower-case entries match nothing
-        {"Software\\App\\v", "C:\\App\\data.ini", true},  // safe scan off: any extension
+        {"Software\\App\\v", "C:\\missing.exe", true, 1},
+        {"Software\\App\\v", "C:\\present.exe", false, 0},
+        {"Software\\App\\v", "C:\\App\\page.html", false, 1},  // rejected
+        {"Software\\App", "*", false, 1},                      // a key-name match
+        {"Software\\App\\v", "C:\\Program Files\\OldApp\\a.dll", false, 1},
+        {"Software\\OldApp\\v", "C:\\other.dll", false, 1},  // the key holds the entry
+        {"Software\\Skip\\v", "C:\\other.dll", false, 1},
+        {"Software\\App\\v", "C:\\lower\\x.dll", true, 1},   // lower-case entries match nothing
+        {"Software\\App\\v", "C:\\App\\data.ini", true, 1},  // safe scan off: any extension
     };
     for (const auto& c : cases) {
+        reads = 0;
         EXPECT_EQ(IsListedFinding(rules, c.key, c.value), c.listed) << c.value;
+        EXPECT_EQ(reads, c.reads) << c.value;
     }
 }
 
@@ -67,10 +78,10 @@ TEST(FindingVerdict, SafeScanListsOnlyKnownExtensions) {
 }
 
 TEST(FindingVerdict, StatusAndIgnoreRules) {
-    EXPECT_EQ(FindingStatus(0), "Invalid Entry");
-    EXPECT_EQ(FindingStatus(2), "Invalid Entry");
-    EXPECT_EQ(FindingStatus(3), "");
-    EXPECT_EQ(FindingStatus(-1), "");
+    EXPECT_EQ(FindingStatus(FoundKind::kKeyName), "Invalid Entry");
+    EXPECT_EQ(FindingStatus(FoundKind::kValueData), "Invalid Entry");
+    EXPECT_EQ(FindingStatus(FoundKind{3}), "");
+    EXPECT_EQ(FindingStatus(FoundKind{-1}), "");
     // An empty entry occurs in every text.
     const std::vector<std::string> empty_entry{""};
     EXPECT_TRUE(IsIgnored(empty_entry, "C:\\A.EXE", "K"));

@@ -53,14 +53,18 @@ struct FoundEvent {
 
 class RecordingEvents final : public SearchEvents {
   public:
+    // Both record the numbers an owner has always been handed.
     void SearchFound(std::string_view sRootKey, std::string_view sKey, std::string_view sValue,
-                     std::int32_t lFound) override {
-        found.push_back({std::string(sRootKey), std::string(sKey), std::string(sValue), lFound});
+                     FoundKind lFound) override {
+        found.push_back({std::string(sRootKey), std::string(sKey), std::string(sValue),
+                         static_cast<std::int32_t>(lFound)});
         if (on_found) {
             on_found(found.back());
         }
     }
-    void SearchFinished(std::int32_t lReason) override { finished.push_back(lReason); }
+    void SearchFinished(FinishReason lReason) override {
+        finished.push_back(static_cast<std::int32_t>(lReason));
+    }
 
     std::vector<FoundEvent> found;
     std::vector<std::int32_t> finished;

@@ -1,7 +1,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <sstream>
 
+#include "backup/reg_file_reader.h"
+#include "cli/cli.h"
+#include "cli/visible_text.h"
+#include "ignore/ignore_list.h"
 #include "support/registry_fixtures.h"
 #include "ui/main_window_fakes.h"
 
@@ -182,7 +190,7 @@ TEST_F(MainScanTest, QuittingAsksOnlyFromTheTitleBar) {
 }
 
 TEST_F(MainScanTest, AnErrorEndingTheSearchShowsItsNumber) {
-    rig.main.cReg_SearchFinished(13);
+    rig.main.cReg_SearchFinished(FinishReason{13});
     EXPECT_EQ(rig.current_key.Caption(), "An Error occured! Err number = 13");
     EXPECT_EQ(rig.start_stop.Caption(), "Begin Scan");
     EXPECT_EQ(rig.status.Caption(), "Search result:");
@@ -190,10 +198,74 @@ TEST_F(MainScanTest, AnErrorEndingTheSearchShowsItsNumber) {
 
 TEST_F(MainScanTest, AFindingOfAnotherKindIsListedWithoutAStatus) {
     rig.state.ScanDrive = "C:\\";
-    rig.main.cReg_SearchFound("HKEY_CURRENT_USER", "K\\v", "C:\\gone.exe", 7);
+    rig.main.cReg_SearchFound("HKEY_CURRENT_USER", "K\\v", "C:\\gone.exe", FoundKind{7});
     ASSERT_EQ(rig.errors.RowCount(), 1);
     EXPECT_EQ(rig.errors.Text(0, 0), "");
     EXPECT_EQ(rig.errors.autosized, (std::vector<int>{1, 2, 3}));
+}
+
+// The command line on a system whose files are the window's: each answer comes from
+// `files`.
+class SameFilesPlatform final : public cli::CliPlatform {
+  public:
+    explicit SameFilesPlatform(FileExistence& files) : files_(files) {}
+    std::unique_ptr<Registry> OpenLiveRegistry(std::string& why_not) override {
+        why_not = "no live registry here";
+        return nullptr;
+    }
+    std::unique_ptr<FileExistence> SystemFiles() override {
+        return std::make_unique<Answering>(files_);
+    }
+    const text::AnsiCodePage& AnsiCodePage() override { return code_page_; }
+    AccessMask KeyAccessMask() override { return reg::kKeyAllAccess; }
+    cli::RepairPlatform* Repair(std::string& why_not) override {
+        why_not = "no repair here";
+        return nullptr;
+    }
+    bool StdoutIsTerminal() override { return false; }
+    bool StderrIsTerminal() override { return false; }
+
+  private:
+    struct Answering final : FileExistence {
+        explicit Answering(FileExistence& answers) : files(answers) {}
+        int Check(const std::string& path) override { return files.Check(path); }
+        FileExistence& files;
+    };
+    FileExistence& files_;
+    text::Windows1252CodePage code_page_;
+};
+
+TEST(OneVerdict, TheWindowListsWhatTheCommandLinePrints) {
+    const std::string fixtures = std::string(REGVEX_FIXTURES_DIR) + "/cli";
+    const std::string reg = fixtures + "/scan_examples.reg";
+    const std::string ignore_file = fixtures + "/scan_examples.ignore";
+    for (const bool with_ignore_list : {false, true}) {
+        MainWindowRig rig;
+        ASSERT_FALSE(backup::ImportRegFile(reg, rig.registry, rig.code_page));
+        rig.files.present = {"C:\\PRESENT\\HERE.EXE", "C:\\PROGRAM FILES\\APP\\PRESENT.DLL"};
+        std::vector<std::string> args{"scan", "--drive", "C:", "--registry", reg};
+        if (with_ignore_list) {
+            std::ifstream in(ignore_file, std::ios::binary);
+            const std::string bytes{std::istreambuf_iterator<char>(in), {}};
+            rig.ignore.file_entries = regvex::ignore::LoadIgnoreEntries(bytes, rig.code_page);
+            args.insert(args.end(), {"--ignore", ignore_file});
+        }
+        rig.main.Form_Load();
+        rig.main.cmdStartStop_Click();
+        std::string window;
+        for (const auto& row : rig.Rows()) {
+            for (std::size_t i = 0; i < row.size(); ++i) {
+                window += cli::VisibleText(row[i]) + (i + 1 < row.size() ? "\t" : "\n");
+            }
+        }
+
+        SameFilesPlatform platform(rig.files);
+        std::ostringstream out;
+        std::ostringstream err;
+        ASSERT_EQ(cli::RunCli(args, out, err, platform), cli::kExitOk) << err.str();
+        EXPECT_EQ(window, out.str()) << "with the ignore list: " << with_ignore_list;
+        EXPECT_EQ(rig.errors.RowCount(), with_ignore_list ? 4 : 12);
+    }
 }
 
 TEST_F(MainScanTest, TheCurrentKeyIsRepaintedTenTimesASecondAndNotAfterMidnight) {

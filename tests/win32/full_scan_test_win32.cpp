@@ -39,12 +39,14 @@ class ListingEvents final : public SearchEvents {
     explicit ListingEvents(const scan::FindingRules& rules) : rules_(rules) {}
 
     void SearchFound(std::string_view sRootKey, std::string_view sKey, std::string_view sValue,
-                     std::int32_t) override {
+                     FoundKind) override {
         if (scan::IsListedFinding(rules_, sKey, sValue)) {
             rows.push_back(Row{std::string(sRootKey), std::string(sKey), std::string(sValue)});
         }
     }
-    void SearchFinished(std::int32_t lReason) override { reason = lReason; }
+    void SearchFinished(FinishReason lReason) override {
+        reason = static_cast<std::int32_t>(lReason);
+    }
 
     std::vector<Row> rows;
     std::int32_t reason = -1;
