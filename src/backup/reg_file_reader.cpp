@@ -5,7 +5,6 @@
 #include <new>
 #include <stdexcept>
 #include <system_error>
-#include <utility>
 
 #include "backup/reg_file_lines.h"
 #include "backup/reg_file_parser.h"

@@ -15,7 +15,7 @@ void DeleteRegistryValue(Registry& registry, RootKeyHandle root, std::string_vie
 }
 
 void DeleteRegistryValuePath(Registry& registry, RootKeyHandle root, std::string_view path,
-                             std::string_view /*data*/, AccessMask access) {
+                             AccessMask access) {
     const std::size_t p = path.rfind('\\');
     if (p == std::string_view::npos) {
         throw RunTimeError(kErrorInvalidProcedureCall,

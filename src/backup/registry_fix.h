@@ -14,9 +14,9 @@ void DeleteRegistryValue(Registry& registry, RootKeyHandle root, std::string_vie
                          std::string_view name, AccessMask access);
 
 // Splits "key path\value name" at its last backslash (nothing after it: the default
-// value) and deletes that value. `data` is the finding's data text; it is not needed.
-// Throws a run-time error when the path has no backslash at all.
+// value) and deletes that value. Throws a run-time error when the path has no backslash
+// at all.
 void DeleteRegistryValuePath(Registry& registry, RootKeyHandle root, std::string_view path,
-                             std::string_view data, AccessMask access);
+                             AccessMask access);
 
 }  // namespace regvex::backup

@@ -5,7 +5,6 @@
 #include <chrono>
 #include <cstddef>
 #include <ostream>
-#include <string>
 #include <string_view>
 
 namespace regvex::cli {
@@ -18,8 +17,6 @@ class ProgressLine {
     void FindingListed() { ++findings_; }
     // Removes the line, so that what follows starts on a clean line.
     void Clear();
-
-    std::size_t keys() const { return keys_; }
 
   private:
     void Draw(std::string_view root);

@@ -110,7 +110,7 @@ int RunFix(const std::vector<std::string>& args, std::ostream& out, std::ostream
     for (const backup::BackupRow& row : findings) {
         // Every finding came from a value of a key, so its path has a backslash.
         backup::DeleteRegistryValuePath(*registry, RootKeyFromName(row.root_key), row.sub_key,
-                                        row.value, platform.KeyAccessMask());
+                                        platform.KeyAccessMask());
         out << "Deleted\t" << VisibleText(row.root_key) << '\t' << VisibleText(row.sub_key) << '\t'
             << VisibleText(row.value) << '\n';
     }

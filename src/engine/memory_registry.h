@@ -29,7 +29,6 @@ namespace regvex {
 
 namespace memory_tree {
 struct Node;
-class Value;
 }  // namespace memory_tree
 
 class MemoryRegistry final : public Registry {

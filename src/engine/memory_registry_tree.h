@@ -78,7 +78,6 @@ class Value {
     // Keeps the name; `data_fits` tells whether the scan's buffer takes the data.
     void SetData(std::uint32_t type, std::span<const std::uint8_t> data, bool data_fits);
     void Kill() { live_ = false; }
-    void Revive() { live_ = true; }
 
   private:
     std::unique_ptr<char[]> bytes_;

@@ -204,11 +204,6 @@ bool UpperNeedle::FoundInAnyText(std::string_view text, std::string& scratch) co
     return false;
 }
 
-bool ContainsUpperCased(std::string_view text, std::string_view upper_needle,
-                        std::string& scratch) {
-    return UpperNeedle(std::string(upper_needle)).FoundIn(text, scratch);
-}
-
 namespace {
 
 // Code points in UTF-16 code-unit order: the BMP above the surrogates sorts after

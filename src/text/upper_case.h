@@ -60,9 +60,6 @@ class UpperNeedle {
     bool quick_reject_ = false;
 };
 
-// True when `upper_needle` (already upper-cased) occurs in the upper-cased `text`.
-bool ContainsUpperCased(std::string_view text, std::string_view upper_needle, std::string& scratch);
-
 // Orders two upper-cased texts as Windows orders registry key names: by UTF-16 code
 // units. Negative, zero or positive.
 int CompareUtf16Order(std::string_view a, std::string_view b);

@@ -59,9 +59,6 @@ void frmMain::Form_Load() {
     s_.view.SetWindowIcon();
     if (s_.system.Version().major >= 6) {
         s_.view.SetControlsFont("Segoe UI");
-        state_.interface_font = "Segoe UI";
-    } else {
-        state_.interface_font = "Tahoma";
     }
     c_.Label21.SetCaption(ProgramTitleAndVersion());
     c_.form.SetCaption(ProgramTitleAndVersion());
@@ -81,13 +78,10 @@ void frmMain::Form_Load() {
     c_.Option2.SetValue(true);
     bSafeScan_ = true;
     ScreenScaling(true);
-    layout_ready_ = true;
 }
 
 void frmMain::ScreenScaling(bool at_load) {
     const ScreenMetrics screen = s_.screen.Metrics();
-    layout_ready_ = false;
-    scaled_ = true;
     // At load only a screen wider than the design scales; around a scan one as wide as
     // it does too. The two have always differed so.
     const bool wide =

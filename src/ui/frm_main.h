@@ -144,7 +144,6 @@ class frmMain final : private SearchHost, private SearchEvents {
     void View_Backup_Click();
     void Regedit_View_Click();
 
-    bool LayoutReady() const { return layout_ready_; }
     bool SafeScan() const { return bSafeScan_; }
 
     // The search object's events, as the window handles them. The search never raises
@@ -189,8 +188,6 @@ class frmMain final : private SearchHost, private SearchEvents {
 
     bool bSafeScan_ = false;
     double dNextKeyUpdate_ = 0;
-    bool layout_ready_ = false;
-    bool scaled_ = false;
 };
 
 }  // namespace regvex::ui

@@ -58,8 +58,7 @@ void frmMain::mnuFix_Click() {
                 continue;
             }
             backup::DeleteRegistryValuePath(s_.registry, RootKeyFromName(list.Text(row, 1)),
-                                            list.Text(row, 2), list.Text(row, 3),
-                                            state_.masks.KeyAccessMask);
+                                            list.Text(row, 2), state_.masks.KeyAccessMask);
             list.SetText(row, 0, "Deleted");
             ++deleted;
         }

@@ -57,7 +57,6 @@ void frmMain::cmdStartStop_Click() {
     }
     // The scan's last texts and rows are on the screen when the click is done.
     s_.view.ShowHeldBack();
-    layout_ready_ = true;
     state_.bScanning = false;
 }
 
@@ -80,7 +79,6 @@ void frmMain::StartScan() {
     // Loaded, not shown, so that the findings can be held against its list.
     s_.ignore.lstIgnore();
     ScreenScaling(false);
-    layout_ready_ = true;
 
     cReg->RootKey(kHkeyAll);
     cReg->SubKey("");

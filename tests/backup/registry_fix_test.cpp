@@ -32,12 +32,11 @@ TEST(RegistryFix, DeletesTheNamedValueOrTheDefaultValueAndNothingElse) {
     PutString(registry, kHkeyCurrentUser, "Software\\Foo", "", "C:\\default.exe");
     PutString(registry, kHkeyCurrentUser, "Software\\Foo", "Keep", "C:\\keep.exe");
 
-    DeleteRegistryValuePath(registry, kHkeyCurrentUser, "Software\\Foo\\Bar", "C:\\bar.exe",
-                            reg::kKeyAllAccess);
+    DeleteRegistryValuePath(registry, kHkeyCurrentUser, "Software\\Foo\\Bar", reg::kKeyAllAccess);
     EXPECT_FALSE(HasValue(registry, kHkeyCurrentUser, "Software\\Foo", "Bar"));
     EXPECT_TRUE(HasValue(registry, kHkeyCurrentUser, "Software\\Foo", ""));
 
-    DeleteRegistryValuePath(registry, kHkeyCurrentUser, "Software\\Foo\\", "", reg::kKeyAllAccess);
+    DeleteRegistryValuePath(registry, kHkeyCurrentUser, "Software\\Foo\\", reg::kKeyAllAccess);
     EXPECT_FALSE(HasValue(registry, kHkeyCurrentUser, "Software\\Foo", ""));
     EXPECT_TRUE(HasValue(registry, kHkeyCurrentUser, "Software\\Foo", "Keep"));
     EXPECT_EQ(registry.OpenHandleCount(), 0u);
@@ -45,13 +44,13 @@ TEST(RegistryFix, DeletesTheNamedValueOrTheDefaultValueAndNothingElse) {
 
 TEST(RegistryFix, AVanishedKeyComesBackEmptyAndAnUnknownRootChangesNothing) {
     MemoryRegistry registry;
-    DeleteRegistryValuePath(registry, kHkeyLocalMachine, "Software\\Gone\\Sub\\Value", "x",
+    DeleteRegistryValuePath(registry, kHkeyLocalMachine, "Software\\Gone\\Sub\\Value",
                             reg::kKeyAllAccess);
     EXPECT_TRUE(HasKey(registry, kHkeyLocalMachine, "Software\\Gone\\Sub"));
 
-    EXPECT_NO_THROW(DeleteRegistryValuePath(registry, RootKeyFromName("HKEY_ALL"), "A\\b", "x",
-                                            reg::kKeyAllAccess));
-    EXPECT_NO_THROW(DeleteRegistryValuePath(registry, RootKeyFromName("HKEY_NOWHERE"), "A\\b", "x",
+    EXPECT_NO_THROW(
+        DeleteRegistryValuePath(registry, RootKeyFromName("HKEY_ALL"), "A\\b", reg::kKeyAllAccess));
+    EXPECT_NO_THROW(DeleteRegistryValuePath(registry, RootKeyFromName("HKEY_NOWHERE"), "A\\b",
                                             reg::kKeyAllAccess));
     EXPECT_EQ(registry.OpenHandleCount(), 0u);
 }
@@ -59,7 +58,7 @@ TEST(RegistryFix, AVanishedKeyComesBackEmptyAndAnUnknownRootChangesNothing) {
 TEST(RegistryFix, APathWithoutABackslashIsARunTimeError) {
     MemoryRegistry registry;
     PutString(registry, kHkeyCurrentUser, "", "Top", "C:\\x.exe");
-    EXPECT_THROW(DeleteRegistryValuePath(registry, kHkeyCurrentUser, "Top", "", reg::kKeyAllAccess),
+    EXPECT_THROW(DeleteRegistryValuePath(registry, kHkeyCurrentUser, "Top", reg::kKeyAllAccess),
                  RunTimeError);
 }
 

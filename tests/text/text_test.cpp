@@ -44,7 +44,7 @@ TEST(UpperCase, MappingIsIdempotentAndReachesAsciiOnlyThroughTheListedLetters) {
     }
 }
 
-TEST(UpperCase, ContainsUpperCasedFindsTheNeedleInAnyCase) {
+TEST(UpperCase, AnUpperNeedleIsFoundInAnyCase) {
     std::string scratch;
     const struct {
         const char* text;
@@ -73,7 +73,7 @@ TEST(UpperCase, ContainsUpperCasedFindsTheNeedleInAnyCase) {
         {"short", "LONGER NEEDLE", false},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(ContainsUpperCased(c.text, c.needle, scratch), c.found) << c.text;
+        EXPECT_EQ(UpperNeedle(c.needle).FoundIn(c.text, scratch), c.found) << c.text;
     }
 }
 

@@ -2,7 +2,7 @@
 // The controls that the windows' code-behind classes reach. The Windows views implement
 // them over real controls; tests implement them in memory. Texts are UTF-8.
 
-#include <cstdint>
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>

@@ -18,8 +18,6 @@ struct ProgramState {
     ColorRef theme = Rgb(255, 255, 255);
     // What the results' context menu hands to the ignore list's add command.
     std::string pending_ignore;
-    // "Segoe UI" on Windows Vista and later, else "Tahoma".
-    std::string interface_font = "Tahoma";
     // The folder of the program, without a trailing backslash.
     std::string program_folder;
 };

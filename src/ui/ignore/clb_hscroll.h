@@ -26,8 +26,6 @@ class CLBHScroll {
     void Init(ListBox& list);
     void AddItem(std::string_view item);
 
-    std::int32_t widest_twips() const { return widest_twips_; }
-
   private:
     ScrollMetrics metrics_;
     ListBox* list_ = nullptr;

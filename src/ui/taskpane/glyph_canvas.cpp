@@ -96,12 +96,6 @@ GlyphShape Union(std::initializer_list<GlyphShape> shapes) {
     };
 }
 
-GlyphShape Minus(GlyphShape shape, GlyphShape hole) {
-    return [shape = std::move(shape), hole = std::move(hole)](float x, float y) {
-        return shape(x, y) && !hole(x, y);
-    };
-}
-
 }  // namespace glyph
 
 namespace {

@@ -49,7 +49,6 @@ struct Point {
 };
 GlyphShape Polygon(std::vector<Point> corners);
 GlyphShape Union(std::initializer_list<GlyphShape> shapes);
-GlyphShape Minus(GlyphShape shape, GlyphShape hole);
 
 }  // namespace glyph
 

@@ -292,10 +292,6 @@ bool TaskPaneModel::SetFocus(ItemRef ref) {
     return true;
 }
 
-void TaskPaneModel::ClearFocus() {
-    focus_.reset();
-}
-
 namespace {
 
 // Where a move leads in `order` from `current` (an index, or -1 for no focus).

@@ -168,7 +168,6 @@ class TaskPaneModel {
     // Keyboard. The focus only ever rests on links of expanded groups.
     const std::optional<ItemRef>& focus() const { return focus_; }
     bool SetFocus(ItemRef ref);
-    void ClearFocus();
     // Without a focus, kNext goes to the first link and kPrevious to the last. At either
     // end the focus stays unless `wrap`. Answers whether the focus moved.
     bool MoveFocus(FocusMove move, bool wrap);

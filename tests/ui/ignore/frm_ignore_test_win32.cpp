@@ -96,8 +96,6 @@ class IgnoreWindowTest : public ::testing::Test {
     IgnoreWindowTest() {
         state.program_folder = folder.path();
         state.theme = Rgb(212, 208, 200);
-        // The main window's font on Windows Vista and later; this window keeps its own.
-        state.interface_font = "Segoe UI";
         owner.Reset(CreateWindowExW(0, L"STATIC", L"Main window stand-in", WS_OVERLAPPEDWINDOW, 40,
                                     40, 640, 480, nullptr, nullptr, GetModuleHandleW(nullptr),
                                     nullptr));

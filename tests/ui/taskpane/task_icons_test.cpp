@@ -42,9 +42,6 @@ TEST(GlyphCanvas, CoversEachPixelByTheShareOfItsArea) {
         {"beyond a line's round end", 16, glyph::Line(2, 8, 14, 8, 2), 15, 8, 0},
         {"triangle inside", 16, glyph::Polygon({{0, 0}, {16, 0}, {0, 16}}), 3, 3, 255},
         {"triangle outside", 16, glyph::Polygon({{0, 0}, {16, 0}, {0, 16}}), 12, 12, 0},
-        {"hole cut out", 16, glyph::Minus(glyph::Circle(8, 8, 7), glyph::Circle(8, 8, 3)), 8, 8, 0},
-        {"around the hole", 16, glyph::Minus(glyph::Circle(8, 8, 7), glyph::Circle(8, 8, 3)), 8, 3,
-         255},
         {"either part of a union", 16,
          glyph::Union({glyph::Circle(3, 3, 2), glyph::Circle(13, 13, 2)}), 12, 12, 255},
     };
