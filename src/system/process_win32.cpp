@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "system/unique_handle_win32.h"
+#include "handles/unique_handle_win32.h"
 #include "text/wide_text_win32.h"
 
 namespace regvex::system {
@@ -22,8 +22,8 @@ std::uint32_t Win32ProcessLauncher::RunAndWait(const std::string& command_line) 
         return 0;
     }
     // Declared in this order so that the thread handle is closed before the process handle.
-    const UniqueHandle process(info.hProcess);
-    const UniqueHandle thread(info.hThread);
+    const handles::UniqueHandle process(info.hProcess);
+    const handles::UniqueHandle thread(info.hThread);
 
     WaitForSingleObject(process.get(), INFINITE);
     DWORD exit_code = 0;
@@ -45,8 +45,8 @@ bool Win32ProcessLauncher::Start(const std::string& command_line) {
         return false;
     }
     // Nobody waits for it: the handles go at once.
-    const UniqueHandle process(info.hProcess);
-    const UniqueHandle thread(info.hThread);
+    const handles::UniqueHandle process(info.hProcess);
+    const handles::UniqueHandle thread(info.hThread);
     return true;
 }
 

@@ -56,6 +56,9 @@ void CheckListControl::ResumeRedraw() {
 }
 
 int CheckListControl::TextWidth(const std::wstring& text) {
+    if (!measure_dc_) {
+        measure_dc_.Reset(CreateCompatibleDC(nullptr));
+    }
     const HDC dc = measure_dc_.get();
     // The list's font may change with the window's layout.
     SelectObject(dc, reinterpret_cast<HFONT>(SendMessageW(list_, WM_GETFONT, 0, 0)));

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "handles/unique_handle_win32.h"
 #include "ui/base/controls.h"
-#include "ui/base/gdi_win32.h"
 
 namespace regvex::ui {
 
@@ -67,7 +67,7 @@ class CheckListControl final : public CheckListView {
     HWND tooltip_ = nullptr;
     std::vector<ColumnState> columns_;
     std::vector<std::string> tags_;
-    MemoryDc measure_dc_;
+    handles::UniqueDc measure_dc_;
     // Changes wait for the scan's pauses.
     bool held_ = false;
     bool redraw_held_ = false;

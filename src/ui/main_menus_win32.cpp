@@ -48,25 +48,14 @@ MainMenus CreateMainMenus() {
     Separator(help);  // mnuSeperator4
     Item(help, kMenuAbout, L"&About");
 
-    menus.add_ignore = CreatePopupMenu();
-    Item(menus.add_ignore, kMenuAddToIgnore, L"Add Value To Ignore List");
-    Item(menus.add_ignore, kMenuAddSubkeyToIgnore, L"Add Subkey To Ignore List");
-    Item(menus.add_ignore, kMenuRegeditView, L"View Subkey in Registry Editor");
+    menus.add_ignore.Reset(CreatePopupMenu());
+    Item(menus.add_ignore.get(), kMenuAddToIgnore, L"Add Value To Ignore List");
+    Item(menus.add_ignore.get(), kMenuAddSubkeyToIgnore, L"Add Subkey To Ignore List");
+    Item(menus.add_ignore.get(), kMenuRegeditView, L"View Subkey in Registry Editor");
 
-    menus.restore_context = CreatePopupMenu();
-    Item(menus.restore_context, kMenuViewBackup, L"View Backup in Notepad");
+    menus.restore_context.Reset(CreatePopupMenu());
+    Item(menus.restore_context.get(), kMenuViewBackup, L"View Backup in Notepad");
     return menus;
-}
-
-void DestroyMainContextMenus(MainMenus& menus) {
-    if (menus.add_ignore != nullptr) {
-        DestroyMenu(menus.add_ignore);
-        menus.add_ignore = nullptr;
-    }
-    if (menus.restore_context != nullptr) {
-        DestroyMenu(menus.restore_context);
-        menus.restore_context = nullptr;
-    }
 }
 
 }  // namespace regvex::ui

@@ -3,6 +3,8 @@
 
 #include <windows.h>
 
+#include "handles/unique_handle_win32.h"
+
 namespace regvex::ui {
 
 enum MainCommand : UINT {
@@ -37,14 +39,12 @@ enum MainCommand : UINT {
 };
 
 struct MainMenus {
-    HMENU bar = nullptr;              // attached to the window, destroyed with it
-    HMENU add_ignore = nullptr;       // context menu of the results
-    HMENU restore_context = nullptr;  // context menu of the backups
+    HMENU bar = nullptr;                  // attached to the window, destroyed with it
+    handles::UniqueMenu add_ignore;       // context menu of the results
+    handles::UniqueMenu restore_context;  // context menu of the backups
 };
 
-// Builds the menu bar and the context menus. The context menus are the caller's to
-// destroy (DestroyMainContextMenus).
+// Builds the menu bar and the context menus.
 MainMenus CreateMainMenus();
-void DestroyMainContextMenus(MainMenus& menus);
 
 }  // namespace regvex::ui

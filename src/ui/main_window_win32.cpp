@@ -67,7 +67,6 @@ MainWindow::~MainWindow() {
     if (window_ != nullptr && IsWindow(window_)) {
         DestroyWindow(window_);
     }
-    DestroyMainContextMenus(menus_);
 }
 
 bool MainWindow::Create(int show) {
@@ -406,9 +405,9 @@ void MainWindow::PreTranslateMessage(const MSG& message) const {
 void MainWindow::OnNotify(const NMHDR& notification) {
     if (notification.code == NM_RCLICK) {
         if (notification.hwndFrom == errors_.hwnd()) {
-            ShowContextMenu(menus_.add_ignore);
+            ShowContextMenu(menus_.add_ignore.get());
         } else if (notification.hwndFrom == backups_.hwnd()) {
-            ShowContextMenu(menus_.restore_context);
+            ShowContextMenu(menus_.restore_context.get());
         }
     } else if (notification.code == HDN_ENDTRACKW || notification.code == HDN_ITEMCHANGEDW) {
         errors_.UpdateColumnTips();

@@ -7,9 +7,10 @@
 #include <functional>
 #include <memory>
 
+#include "handles/unique_handle_win32.h"
+
 #include "ui/about/frm_about_win32.h"
 #include "ui/base/form_resizer_win32.h"
-#include "ui/base/gdi_win32.h"
 #include "ui/base/win32_controls_win32.h"
 #include "ui/check_list_control_win32.h"
 #include "ui/frm_main.h"
@@ -85,9 +86,9 @@ class MainWindow final : public MainView {
     MainMenus menus_;
     taskpane::TaskPane task_pane_;
     FormResizer resizer_;
-    UniqueFont font_;
-    UniqueFont link_font_;
-    UniqueWindow header_tips_;
+    handles::UniqueFont font_;
+    handles::UniqueFont link_font_;
+    handles::UniqueWindow header_tips_;
     bool destroying_ = false;
 
     // The controls, as the window's code reaches them.

@@ -11,9 +11,9 @@
 #include <utility>
 #include <vector>
 
+#include "handles/unique_handle_win32.h"
 #include "text/utf8.h"
 #include "text/wide_text_win32.h"
-#include "ui/base/gdi_win32.h"
 #include "ui/base/throttled_text_win32.h"
 #include "ui/check_list_control_win32.h"
 
@@ -50,9 +50,9 @@ class ViewControlsTest : public ::testing::Test {
     // One visible frame for all: taking a top-level window down costs Wine a while.
     static void SetUpTestSuite() {
         InitCommonControls();
-        frame_ =
-            new UniqueWindow(CreateWindowExW(0, L"STATIC", L"", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0,
-                                             0, 700, 500, nullptr, nullptr, nullptr, nullptr));
+        frame_ = new handles::UniqueWindow(
+            CreateWindowExW(0, L"STATIC", L"", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 700, 500,
+                            nullptr, nullptr, nullptr, nullptr));
     }
     static void TearDownTestSuite() {
         delete frame_;
@@ -65,11 +65,11 @@ class ViewControlsTest : public ::testing::Test {
         return child_.get();
     }
 
-    static UniqueWindow* frame_;
-    UniqueWindow child_;
+    static handles::UniqueWindow* frame_;
+    handles::UniqueWindow child_;
 };
 
-UniqueWindow* ViewControlsTest::frame_ = nullptr;
+handles::UniqueWindow* ViewControlsTest::frame_ = nullptr;
 
 TEST_F(ViewControlsTest, WhileHeldTextsWaitForAPauseInTimeAndTheLastIsShownAtTheEnd) {
     const HWND label = Child(L"STATIC", SS_LEFT);

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "system/unique_handle_win32.h"
+#include "handles/unique_handle_win32.h"
 #include "text/wide_text_win32.h"
 
 namespace regvex::testing {
@@ -113,9 +113,9 @@ class TempFolder {
     // `name` may lie in a folder made before.
     std::string MakeFile(const std::string& name) {
         const std::string full = path_ + "\\" + name;
-        const system::UniqueHandle file(CreateFileW(text::ToWide(full).c_str(), GENERIC_WRITE, 0,
-                                                    nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL,
-                                                    nullptr));
+        const handles::UniqueHandle file(CreateFileW(text::ToWide(full).c_str(), GENERIC_WRITE, 0,
+                                                     nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL,
+                                                     nullptr));
         EXPECT_TRUE(file) << full;
         made_.push_back({full, false});
         return full;

@@ -5,9 +5,9 @@
 #include <string_view>
 #include <utility>
 
+#include "handles/unique_handle_win32.h"
 #include "text/wide_text_win32.h"
 #include "ui/base/form_resizer_win32.h"
-#include "ui/base/gdi_win32.h"
 #include "ui/base/modal_message_dialogs_win32.h"
 #include "ui/base/startup_win32.h"
 #include "ui/base/win32_controls_win32.h"
@@ -79,24 +79,6 @@ std::string_view DesignText(int id) {
     }
 }
 
-class UniqueIcon {
-  public:
-    UniqueIcon() = default;
-    ~UniqueIcon() { Reset(); }
-    UniqueIcon(const UniqueIcon&) = delete;
-    UniqueIcon& operator=(const UniqueIcon&) = delete;
-    HICON get() const { return icon_; }
-    void Reset(HICON icon = nullptr) {
-        if (icon_ != nullptr) {
-            DestroyIcon(icon_);
-        }
-        icon_ = icon;
-    }
-
-  private:
-    HICON icon_ = nullptr;
-};
-
 int ScreenDpi() {
     const HDC screen = GetDC(nullptr);
     const int dpi = screen != nullptr ? GetDeviceCaps(screen, LOGPIXELSX) : kDesignDpi;
@@ -106,10 +88,10 @@ int ScreenDpi() {
     return dpi > 0 ? dpi : kDesignDpi;
 }
 
-UniqueFont MakeFont(const wchar_t* face, int height, int weight, bool underline) {
-    return UniqueFont(CreateFontW(height, 0, 0, 0, weight, FALSE, underline ? TRUE : FALSE, FALSE,
-                                  DEFAULT_CHARSET, OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS,
-                                  DEFAULT_QUALITY, DEFAULT_PITCH | FF_SWISS, face));
+handles::UniqueFont MakeFont(const wchar_t* face, int height, int weight, bool underline) {
+    return handles::UniqueFont(CreateFontW(
+        height, 0, 0, 0, weight, FALSE, underline ? TRUE : FALSE, FALSE, DEFAULT_CHARSET,
+        OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY, DEFAULT_PITCH | FF_SWISS, face));
 }
 
 int TextWidth(HWND control, HFONT font) {
@@ -172,14 +154,14 @@ struct Win32AboutBox::Shown {
 
     HWND owner;
     bool owner_was_enabled;
-    UniqueFont font;
-    UniqueFont title_font;
-    UniqueFont link_font;
-    UniqueFont matched_link_font;
-    UniqueIcon picture;
+    handles::UniqueFont font;
+    handles::UniqueFont title_font;
+    handles::UniqueFont link_font;
+    handles::UniqueFont matched_link_font;
+    handles::UniqueIcon picture;
     // Holds the scaled fonts that the controls use: it goes after the window.
     FormResizer resizer;
-    UniqueWindow window;
+    handles::UniqueWindow window;
     // Where the focus was when the box was last deactivated.
     HWND focus = nullptr;
     bool closing = false;

@@ -8,7 +8,7 @@
 #include <map>
 #include <vector>
 
-#include "ui/base/gdi_win32.h"
+#include "handles/unique_handle_win32.h"
 
 namespace regvex::ui {
 
@@ -39,7 +39,7 @@ class FormResizer {
     SIZE design_client_{};
     std::vector<Control> controls_;
     // Scaled fonts by design font and height, kept while the form lives.
-    std::map<std::pair<HFONT, LONG>, UniqueFont> fonts_;
+    std::map<std::pair<HFONT, LONG>, handles::UniqueFont> fonts_;
 };
 
 }  // namespace regvex::ui

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string_view>
 
+#include "handles/unique_handle_win32.h"
 #include "ui/dialogs/mod_dialogs.h"
 
 namespace regvex::ui::dialogs {
@@ -12,56 +13,26 @@ constexpr wchar_t kOrigWindowProc[] = L"OrigWindowProc";
 constexpr std::wstring_view kDialogClass = L"#32770";
 constexpr int kClassNameLength = 128;
 
-// Unhooks when replaced, and when the program ends before a dialog came.
-class ThreadHook {
-  public:
-    ThreadHook() = default;
-    ~ThreadHook() { Reset(); }
-    ThreadHook(const ThreadHook&) = delete;
-    ThreadHook& operator=(const ThreadHook&) = delete;
-
-    HHOOK get() const { return hook_; }
-    void Reset(HHOOK hook = nullptr) {
-        if (hook_ != nullptr) {
-            UnhookWindowsHookEx(hook_);
-        }
-        hook_ = hook;
-    }
-
-  private:
-    HHOOK hook_ = nullptr;
-};
-
 // Brush 1 or 2. Deleting keeps the handle's value, which a brush that cannot be made
 // later leaves in place; ownership goes, so no object is ever deleted twice.
 class BrushSlot {
   public:
-    BrushSlot() = default;
-    ~BrushSlot() { Delete(); }
-    BrushSlot(const BrushSlot&) = delete;
-    BrushSlot& operator=(const BrushSlot&) = delete;
-
     HBRUSH get() const { return brush_; }
     void Make(HBRUSH brush) {
-        Delete();
+        owned_.Reset(brush);
         brush_ = brush;
-        owned_ = brush != nullptr;
     }
-    void Delete() {
-        if (owned_) {
-            DeleteObject(brush_);
-            owned_ = false;
-        }
-    }
+    void Delete() { owned_.Reset(); }
 
   private:
     HBRUSH brush_ = nullptr;
-    bool owned_ = false;
+    handles::UniqueBrush owned_;
 };
 
 struct Module {
     ColorState colors;
-    ThreadHook hook;
+    // Unhooks when replaced, and when the program ends before a dialog came.
+    handles::UniqueHook hook;
     BrushSlot brush1;
     BrushSlot brush2;
 };

@@ -48,7 +48,7 @@ bool HelpViewer::LoadEngine() {
     if (path.empty()) {
         return false;
     }
-    UniqueModule engine(LoadLibraryW(path.c_str()));
+    handles::UniqueModule engine(LoadLibraryW(path.c_str()));
     if (!engine) {
         return false;
     }

@@ -7,7 +7,7 @@
 
 #include <string_view>
 
-#include "ui/help/unique_module_win32.h"
+#include "handles/unique_handle_win32.h"
 
 namespace regvex::ui::help {
 
@@ -37,7 +37,7 @@ class HelpViewer {
 
     bool LoadEngine();
 
-    UniqueModule engine_;
+    handles::UniqueModule engine_;
     HtmlHelpFunction html_help_ = nullptr;
 };
 

@@ -7,9 +7,9 @@
 #include <string>
 #include <utility>
 
+#include "handles/unique_handle_win32.h"
 #include "text/wide_text_win32.h"
 #include "ui/base/form_resizer_win32.h"
-#include "ui/base/gdi_win32.h"
 #include "ui/base/modal_message_dialogs_win32.h"
 #include "ui/base/startup_win32.h"
 #include "ui/ignore/ignore_controls_win32.h"
@@ -96,7 +96,7 @@ void RegisterWindowClass(HINSTANCE instance, WNDPROC procedure) {
 }  // namespace
 
 struct Win32IgnoreWindow::Loaded {
-    Loaded(HWND window_handle, UniqueFont design_font, HMENU bar, HMENU file,
+    Loaded(HWND window_handle, handles::UniqueFont design_font, HMENU bar, HMENU file,
            MessageDialogs& dialogs)
         : font(std::move(design_font)),
           window(window_handle),
@@ -117,11 +117,11 @@ struct Win32IgnoreWindow::Loaded {
           mnu_remove(window_handle, file, kIdMnuRemove, false),
           mnu_close(window_handle, file, kIdMnuClose, false) {}
 
-    UniqueFont font;
+    handles::UniqueFont font;
     // The form's font as the resizer left its controls: what the list measures text in.
     HFONT form_font = nullptr;
-    UniqueWindow window;  // destroyed before the font, which its controls use
-    HMENU menu_bar;       // destroyed with the window
+    handles::UniqueWindow window;  // destroyed before the font, which its controls use
+    HMENU menu_bar;                // destroyed with the window
     HMENU file_menu;
     ModalToWindow modal_dialogs;
     FormResizer resizer;
@@ -219,7 +219,8 @@ void Win32IgnoreWindow::Load() {
     AppendMenuW(file_menu, MF_STRING, kIdMnuRemove, text::ToWide(kMnuRemoveCaption).c_str());
     AppendMenuW(file_menu, MF_SEPARATOR, 0, nullptr);
     AppendMenuW(file_menu, MF_STRING, kIdMnuClose, text::ToWide(kMnuCloseCaption).c_str());
-    const HMENU menu_bar = CreateMenu();
+    handles::UniqueMenu owned_bar(CreateMenu());
+    const HMENU menu_bar = owned_bar.get();
     AppendMenuW(menu_bar, MF_POPUP, reinterpret_cast<UINT_PTR>(file_menu),
                 text::ToWide(kMnuFileCaption).c_str());
 
@@ -234,14 +235,15 @@ void Win32IgnoreWindow::Load() {
                         CW_USEDEFAULT, CW_USEDEFAULT, frame.right - frame.left,
                         frame.bottom - frame.top, owner, menu_bar, instance, this);
     if (window == nullptr) {
-        DestroyMenu(menu_bar);
         throw std::runtime_error("the ignore-list window could not be made");
     }
 
+    owned_bar.Release();  // destroyed with the window
+
     // Tahoma as designed, whatever font the main window took for the system it runs on.
-    UniqueFont font(CreateFontW(kDesignFontHeight, 0, 0, 0, FW_NORMAL, FALSE, FALSE, FALSE,
-                                DEFAULT_CHARSET, OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS,
-                                DEFAULT_QUALITY, DEFAULT_PITCH | FF_SWISS, kWindowFont));
+    handles::UniqueFont font(CreateFontW(kDesignFontHeight, 0, 0, 0, FW_NORMAL, FALSE, FALSE, FALSE,
+                                         DEFAULT_CHARSET, OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS,
+                                         DEFAULT_QUALITY, DEFAULT_PITCH | FF_SWISS, kWindowFont));
     for (const Place& place : kPlaces) {
         const HWND control = CreateWindowExW(
             place.ex_style, place.window_class, text::ToWide(DesignText(place.id)).c_str(),

@@ -3,12 +3,13 @@
 #include <cstring>
 #include <vector>
 
+#include "ui/base/gdi_win32.h"
+
 namespace regvex::ui::taskpane {
 
-using taskpane::SelectIn;
-using taskpane::UniqueBitmap;
-using taskpane::UniqueDc;
-using taskpane::UniqueImageList;
+using handles::UniqueBitmap;
+using handles::UniqueDc;
+using handles::UniqueImageList;
 
 namespace {
 

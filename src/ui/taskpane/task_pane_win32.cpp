@@ -9,16 +9,16 @@
 #include <utility>
 
 #include "text/wide_text_win32.h"
+#include "ui/base/gdi_win32.h"
 #include "ui/taskpane/task_icons_win32.h"
 #include "ui/taskpane/task_pane_colors.h"
 
 namespace regvex::ui::taskpane {
 
-using taskpane::SelectIn;
-using taskpane::UniqueBitmap;
-using taskpane::UniqueBrush;
-using taskpane::UniqueDc;
-using taskpane::UniqueRegion;
+using handles::UniqueBitmap;
+using handles::UniqueBrush;
+using handles::UniqueDc;
+using handles::UniqueRegion;
 
 namespace {
 

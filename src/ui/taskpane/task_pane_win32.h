@@ -22,7 +22,7 @@
 #include <string_view>
 #include <vector>
 
-#include "ui/taskpane/gdi_owners_win32.h"
+#include "handles/unique_handle_win32.h"
 #include "ui/taskpane/task_pane_colors.h"
 #include "ui/taskpane/task_pane_model.h"
 
@@ -92,19 +92,19 @@ class TaskPane {
     RECT ToClient(const PaneRect& rect) const;
     PanePoint ToContent(LPARAM lparam) const;
 
-    taskpane::UniqueWindow window_;
-    taskpane::UniqueWindow tooltip_;
+    handles::UniqueWindow window_;
+    handles::UniqueWindow tooltip_;
     TaskPaneModel model_;
     std::function<void(std::string_view)> on_click_;
 
     // The font handed over by WM_SETFONT belongs to the caller; the others are ours.
     HFONT font_ = nullptr;
-    taskpane::UniqueFont default_font_;
-    taskpane::UniqueFont bold_font_;
-    taskpane::UniqueFont underline_font_;
-    taskpane::UniqueDc measure_dc_;
+    handles::UniqueFont default_font_;
+    handles::UniqueFont bold_font_;
+    handles::UniqueFont underline_font_;
+    handles::UniqueDc measure_dc_;
 
-    taskpane::UniqueImageList own_images_;
+    handles::UniqueImageList own_images_;
     HIMAGELIST images_ = nullptr;
 
     int dpi_ = 96;

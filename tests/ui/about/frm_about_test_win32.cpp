@@ -14,9 +14,9 @@
 #include <vector>
 
 #include "about_doubles.h"
+#include "handles/unique_handle_win32.h"
 #include "support/registry_fixtures.h"
 #include "text/wide_text_win32.h"
-#include "ui/base/gdi_win32.h"
 #include "ui/base/program_version.h"
 
 namespace regvex::ui::about {
@@ -79,7 +79,7 @@ class AboutBoxTest : public ::testing::Test {
     // One owner for every test: without a window manager, Wine waits two seconds for each
     // top-level window that goes.
     static void SetUpTestSuite() {
-        owner_ = new UniqueWindow(CreateWindowExW(
+        owner_ = new handles::UniqueWindow(CreateWindowExW(
             0, L"STATIC", L"Main window stand-in", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 40, 40, 640,
             480, nullptr, nullptr, GetModuleHandleW(nullptr), nullptr));
     }
@@ -105,7 +105,7 @@ class AboutBoxTest : public ::testing::Test {
 
     static void PostClick(HWND button) { PostMessageW(button, BM_CLICK, 0, 0); }
 
-    UniqueWindow& owner;
+    handles::UniqueWindow& owner;
     MemoryRegistry registry;
     testing::ListedFiles files;
     testing::RecordingLauncher launcher;
@@ -132,7 +132,7 @@ class AboutBoxTest : public ::testing::Test {
         self->step_(shown);
     }
 
-    static inline UniqueWindow* owner_ = nullptr;
+    static inline handles::UniqueWindow* owner_ = nullptr;
     static inline AboutBoxTest* current_ = nullptr;
     std::function<void(HWND)> step_;
     int ticks_ = 0;

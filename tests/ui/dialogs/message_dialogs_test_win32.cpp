@@ -8,12 +8,11 @@
 
 #include <array>
 #include <functional>
-#include <memory>
 #include <set>
 #include <string>
-#include <type_traits>
 #include <vector>
 
+#include "handles/unique_handle_win32.h"
 #include "text/wide_text_win32.h"
 #include "ui/dialogs/message_dialogs_win32.h"
 #include "ui/dialogs/mod_dialogs_win32.h"
@@ -28,9 +27,9 @@ constexpr COLORREF kUntouched = RGB(1, 2, 3);
 constexpr wchar_t kTitle[] = L"regvex_dialogs_win32_tests";
 constexpr int kPatienceTicks = 250;  // 5 seconds of 20 ms ticks
 
-using OwnedDc = std::unique_ptr<std::remove_pointer_t<HDC>, decltype(&DeleteDC)>;
-using OwnedWindow = std::unique_ptr<std::remove_pointer_t<HWND>, decltype(&DestroyWindow)>;
-using OwnedBitmap = std::unique_ptr<std::remove_pointer_t<HBITMAP>, decltype(&DeleteObject)>;
+using handles::UniqueBitmap;
+using handles::UniqueDc;
+using handles::UniqueWindow;
 
 struct Painted {
     HBRUSH handle = nullptr;
@@ -41,7 +40,7 @@ struct Painted {
 
 // What the dialog answers to `message` for a fresh memory device context.
 Painted Paint(HWND dialog, UINT message) {
-    const OwnedDc dc(CreateCompatibleDC(nullptr), &DeleteDC);
+    const UniqueDc dc(CreateCompatibleDC(nullptr));
     SetTextColor(dc.get(), kUntouched);
     SetBkMode(dc.get(), TRANSPARENT);
     Painted painted;
@@ -93,9 +92,8 @@ int WithBox(std::function<void(HWND)> inspect, const std::function<int()>& show 
 }
 
 TEST(MessageBoxColors, ColoursTheNextBoxOnly) {
-    const OwnedWindow owner(CreateWindowExW(0, L"STATIC", L"owner", WS_OVERLAPPEDWINDOW, 0, 0, 200,
-                                            100, nullptr, nullptr, nullptr, nullptr),
-                            &DestroyWindow);
+    const UniqueWindow owner(CreateWindowExW(0, L"STATIC", L"owner", WS_OVERLAPPEDWINDOW, 0, 0, 200,
+                                             100, nullptr, nullptr, nullptr, nullptr));
     Win32MessageDialogs dialogs([&] { return owner.get(); });
     const std::string title = text::FromWide(kTitle);
     HBRUSH coloured = nullptr;
@@ -125,7 +123,7 @@ TEST(MessageBoxColors, ColoursTheNextBoxOnly) {
 }
 
 TEST(MessageBoxColors, ControlsTakeTheLatestColoursOfTheirKind) {
-    const OwnedBitmap bitmap(CreateBitmap(8, 8, 1, 1, nullptr), &DeleteObject);
+    const UniqueBitmap bitmap(CreateBitmap(8, 8, 1, 1, nullptr));
     const auto picture = DialogColor::Picture(reinterpret_cast<std::uintptr_t>(bitmap.get()));
     const DialogColor none = DialogColor::Missing();
     const ColorRef blue = Rgb(0, 0, 255), green = Rgb(0, 128, 0), grey = Rgb(9, 9, 9);
@@ -176,7 +174,7 @@ TEST(MessageBoxColors, WithoutArgumentsHooksButLeavesThePlatformsLook) {
     WithBox([&](HWND dialog) {
         const auto previous = reinterpret_cast<WNDPROC>(GetPropW(dialog, L"OrigWindowProc"));
         ASSERT_NE(previous, nullptr);
-        const OwnedDc dc(CreateCompatibleDC(nullptr), &DeleteDC);
+        const UniqueDc dc(CreateCompatibleDC(nullptr));
         const LRESULT own =
             CallWindowProcW(previous, dialog, WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(dc.get()),
                             reinterpret_cast<LPARAM>(dialog));

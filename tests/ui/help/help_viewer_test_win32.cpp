@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "handles/unique_handle_win32.h"
 #include "text/wide_text_win32.h"
 #include "ui/help/help_file.h"
 
@@ -99,18 +100,12 @@ std::string TempFile(const std::string& name, const std::string& bytes) {
     return path;
 }
 
-class OwnerWindow {
+class OwnerWindow : public handles::UniqueWindow {
   public:
     OwnerWindow()
-        : window_(CreateWindowExW(0, L"STATIC", L"Registry Vexlor", WS_OVERLAPPEDWINDOW, 0, 0, 400,
-                                  300, nullptr, nullptr, GetModuleHandleW(nullptr), nullptr)) {}
-    ~OwnerWindow() { DestroyWindow(window_); }
-    OwnerWindow(const OwnerWindow&) = delete;
-    OwnerWindow& operator=(const OwnerWindow&) = delete;
-    HWND get() const { return window_; }
-
-  private:
-    HWND window_;
+        : handles::UniqueWindow(CreateWindowExW(0, L"STATIC", L"Registry Vexlor",
+                                                WS_OVERLAPPEDWINDOW, 0, 0, 400, 300, nullptr,
+                                                nullptr, GetModuleHandleW(nullptr), nullptr)) {}
 };
 
 TEST(HelpViewer, AnswersFalseForAProgramFolderWithoutItsHelpFile) {

@@ -14,10 +14,10 @@
 #include <string>
 #include <vector>
 
+#include "handles/unique_handle_win32.h"
 #include "text/ansi_code_page_win32.h"
 #include "text/utf8_path.h"
 #include "text/wide_text_win32.h"
-#include "ui/base/gdi_win32.h"
 #include "win32/test_support_win32.h"
 
 namespace regvex::ui::ignore {
@@ -146,7 +146,7 @@ class IgnoreWindowTest : public ::testing::Test {
     FileSystemTextFiles files;
     text::SystemAnsiCodePage code_page;
     ProgramState state;
-    UniqueWindow owner;
+    handles::UniqueWindow owner;
     int main_window_calls = 0;
     std::unique_ptr<Win32IgnoreWindow> window;
 };
@@ -238,9 +238,9 @@ TEST_F(IgnoreWindowTest, AnEntryTypedAndAddedIsWrittenByApplyChanges) {
     // window, and the list keeps what was typed.
     {
         // Held open without sharing, as another program may hold it.
-        const system::UniqueHandle busy(CreateFileW(text::ToWide(IgnoreFile()).c_str(),
-                                                    GENERIC_READ, 0, nullptr, OPEN_EXISTING,
-                                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+        const handles::UniqueHandle busy(CreateFileW(text::ToWide(IgnoreFile()).c_str(),
+                                                     GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                                                     FILE_ATTRIBUTE_NORMAL, nullptr));
         ASSERT_TRUE(busy);
         dialogs.watched = window->Handle();
         Type("kept");

@@ -15,18 +15,19 @@
 #include <string>
 #include <vector>
 
+#include "handles/unique_handle_win32.h"
 #include "main_window_groups.h"
 #include "text/wide_text_win32.h"
-#include "ui/taskpane/gdi_owners_win32.h"
+#include "ui/base/gdi_win32.h"
 #include "ui/taskpane/task_pane_win32.h"
 
 namespace regvex::ui::taskpane {
 namespace {
 
-using taskpane::UniqueBitmap;
-using taskpane::UniqueDc;
-using taskpane::UniqueFont;
-using taskpane::UniqueWindow;
+using handles::UniqueBitmap;
+using handles::UniqueDc;
+using handles::UniqueFont;
+using handles::UniqueWindow;
 
 constexpr int kPaneId = 1001;
 constexpr const wchar_t* kHostClass = L"RegvexTaskPaneTestHost";
@@ -438,7 +439,7 @@ Picture Capture(HWND window) {
     const UniqueBitmap bitmap(CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
     const UniqueDc memory(CreateCompatibleDC(nullptr));
     {
-        const taskpane::SelectIn select(memory.get(), bitmap.get());
+        const SelectIn select(memory.get(), bitmap.get());
         const HDC source = GetWindowDC(window);
         BitBlt(memory.get(), 0, 0, picture.width, picture.height, source, 0, 0, SRCCOPY);
         ReleaseDC(window, source);
