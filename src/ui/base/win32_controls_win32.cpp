@@ -48,16 +48,20 @@ void FormWindow::Activate() {
 }
 
 std::string MenuItemText::Caption() const {
-    return MenuItemCaption(menu_, id_, MF_BYCOMMAND);
+    return MenuItemCaption(menu_, item_,
+                           static_cast<UINT>(by_position_ ? MF_BYPOSITION : MF_BYCOMMAND));
 }
 
 void MenuItemText::SetCaption(std::string_view caption) {
-    const std::wstring wide = text::ToWide(caption);
-    MENUITEMINFOW item{};
-    item.cbSize = sizeof(item);
-    item.fMask = MIIM_STRING;
-    item.dwTypeData = const_cast<wchar_t*>(wide.c_str());
-    SetMenuItemInfoW(menu_, id_, FALSE, &item);
+    std::wstring wide = text::ToWide(caption);
+    MENUITEMINFOW info{};
+    info.cbSize = sizeof(info);
+    info.fMask = MIIM_STRING;
+    info.dwTypeData = wide.data();
+    SetMenuItemInfoW(menu_, item_, by_position_ ? TRUE : FALSE, &info);
+    if (window_ != nullptr) {
+        DrawMenuBar(window_);
+    }
 }
 
 bool RadioButton::Value() const {

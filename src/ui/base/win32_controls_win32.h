@@ -31,9 +31,11 @@ class WindowText : public Captioned {
     HWND window_;
 };
 
-// The main window: its caption counts the findings while a scan runs.
+// A window itself to its code. The main window's caption counts the findings while a
+// scan runs, so it is shown at the scan's pauses.
 class FormWindow final : public Window {
   public:
+    explicit FormWindow(HWND window = nullptr) { Attach(window); }
     void Attach(HWND window) { text_.Attach(window); }
     std::string Caption() const override { return text_.Caption(); }
     void SetCaption(std::string_view caption) override { text_.SetCaption(caption); }
@@ -45,18 +47,28 @@ class FormWindow final : public Window {
     ThrottledText text_;
 };
 
-class MenuItemText final : public Captioned {
+// A menu item by its identifier, or a menu of the bar by its position. With the window
+// that shows the bar, the bar is drawn again after a change.
+class MenuItemText final : public MenuItem {
   public:
-    void Attach(HMENU menu, UINT id) {
+    MenuItemText() = default;
+    MenuItemText(HMENU menu, UINT item, bool by_position = false, HWND window = nullptr) {
+        Attach(menu, item, by_position, window);
+    }
+    void Attach(HMENU menu, UINT item, bool by_position = false, HWND window = nullptr) {
         menu_ = menu;
-        id_ = id;
+        item_ = item;
+        by_position_ = by_position;
+        window_ = window;
     }
     std::string Caption() const override;
     void SetCaption(std::string_view caption) override;
 
   private:
     HMENU menu_ = nullptr;
-    UINT id_ = 0;
+    UINT item_ = 0;
+    bool by_position_ = false;
+    HWND window_ = nullptr;
 };
 
 class RadioButton final : public OptionButton {
