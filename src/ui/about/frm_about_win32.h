@@ -12,6 +12,7 @@
 #include "system/process.h"
 #include "ui/about/frm_about.h"
 #include "ui/base/services.h"
+#include "ui/base/window_kit_win32.h"
 
 namespace regvex::ui::about {
 
@@ -28,7 +29,7 @@ enum AboutControlId : int {
     kIdAboutSysInfo,
 };
 
-class Win32AboutBox final : private AboutView {
+class Win32AboutBox final : private AboutView, private WindowImpl {
   public:
     struct Dependencies {
         MessageDialogs& dialogs;
@@ -58,8 +59,7 @@ class Win32AboutBox final : private AboutView {
   private:
     struct Shown;
 
-    static LRESULT CALLBACK WindowProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
-    LRESULT HandleMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+    LRESULT HandleMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) override;
     void Load(HWND owner);
     void RunHandler(const std::function<void()>& handler);
     void OnCommand(int id, int code, HWND control);

@@ -10,135 +10,108 @@
 #include "handles/unique_handle_win32.h"
 #include "text/wide_text_win32.h"
 #include "ui/base/form_resizer_win32.h"
+#include "ui/base/gdi_win32.h"
 #include "ui/base/modal_message_dialogs_win32.h"
 #include "ui/base/startup_win32.h"
+#include "ui/base/win32_controls_win32.h"
+#include "ui/base/window_kit_win32.h"
 #include "ui/ignore/ignore_controls_win32.h"
 
 namespace regvex::ui::ignore {
 
 namespace {
 
-constexpr wchar_t kWindowClass[] = L"RegvexlorIgnoreList";
+const WindowClass kIgnoreClass{L"RegvexlorIgnoreList", ButtonFaceBrush()};
 
 // The window as designed, in pixels at 96 dots per inch; ResizeIgnore scales it to the
 // screen.
-constexpr int kDesignDpi = 96;
 constexpr SIZE kDesignClient{376, 318};
 constexpr int kDesignFontHeight = -11;  // 8 points at 96 dpi
 constexpr wchar_t kWindowFont[] = L"Tahoma";
 
-struct Place {
-    int id;
-    const wchar_t* window_class;
-    DWORD style;
-    DWORD ex_style;
-    RECT bounds;  // left, top, width, height
-};
-
 // The frame comes first so that it lies beneath the controls drawn inside it.
-constexpr Place kPlaces[] = {
-    {kIdFrame1, L"BUTTON", BS_GROUPBOX, 0, {8, 6, 360, 80}},
-    {kIdLabel1, L"STATIC", SS_LEFT | SS_NOPREFIX, 0, {20, 27, 240, 14}},
-    {kIdTxtString, L"EDIT", WS_TABSTOP | ES_AUTOHSCROLL, WS_EX_CLIENTEDGE, {20, 45, 258, 23}},
-    {kIdCmdAdd, L"BUTTON", WS_TABSTOP | BS_PUSHBUTTON, 0, {286, 45, 70, 23}},
-    {kIdLabel2, L"STATIC", SS_LEFT | SS_NOPREFIX, 0, {10, 96, 356, 28}},
+constexpr ChildControl kControls[] = {
+    {kIdFrame1, L"BUTTON", kFrame1Caption, BS_GROUPBOX, 0, {8, 6, 360, 80}, 0},
+    {kIdLabel1, L"STATIC", kLabel1Caption, SS_LEFT | SS_NOPREFIX, 0, {20, 27, 240, 14}, 0},
+    {kIdTxtString,
+     L"EDIT",
+     "",
+     WS_TABSTOP | ES_AUTOHSCROLL,
+     WS_EX_CLIENTEDGE,
+     {20, 45, 258, 23},
+     0},
+    {kIdCmdAdd, L"BUTTON", kAddCaption, WS_TABSTOP | BS_PUSHBUTTON, 0, {286, 45, 70, 23}, 0},
+    {kIdLabel2, L"STATIC", kLabel2Caption, SS_LEFT | SS_NOPREFIX, 0, {10, 96, 356, 28}, 0},
     {kIdLstIgnore,
      L"LISTBOX",
+     "",
      WS_TABSTOP | WS_VSCROLL | WS_HSCROLL | LBS_NOTIFY | LBS_NOINTEGRALHEIGHT,
      WS_EX_CLIENTEDGE,
-     {8, 126, 360, 146}},
-    {kIdCmdRemove, L"BUTTON", WS_TABSTOP | BS_PUSHBUTTON, 0, {8, 282, 90, 26}},
-    {kIdCmdApply, L"BUTTON", WS_TABSTOP | BS_PUSHBUTTON, 0, {268, 282, 100, 26}},
+     {8, 126, 360, 146},
+     0},
+    {kIdCmdRemove, L"BUTTON", kRemoveCaption, WS_TABSTOP | BS_PUSHBUTTON, 0, {8, 282, 90, 26}, 0},
+    {kIdCmdApply, L"BUTTON", kApplyCaption, WS_TABSTOP | BS_PUSHBUTTON, 0, {268, 282, 100, 26}, 0},
 };
 
-std::string_view DesignText(int id) {
-    switch (id) {
-        case kIdFrame1:
-            return kFrame1Caption;
-        case kIdLabel1:
-            return kLabel1Caption;
-        case kIdCmdAdd:
-            return kAddCaption;
-        case kIdLabel2:
-            return kLabel2Caption;
-        case kIdCmdRemove:
-            return kRemoveCaption;
-        case kIdCmdApply:
-            return kApplyCaption;
-        default:
-            return {};
-    }
+// The menu bar with its one menu, "&File".
+handles::UniqueMenu CreateMenuBar() {
+    const HMENU file_menu = CreatePopupMenu();
+    AppendMenuW(file_menu, MF_STRING, kIdMnuAdd, text::ToWide(kMnuAddCaption).c_str());
+    AppendMenuW(file_menu, MF_STRING, kIdMnuRemove, text::ToWide(kMnuRemoveCaption).c_str());
+    AppendMenuW(file_menu, MF_SEPARATOR, 0, nullptr);
+    AppendMenuW(file_menu, MF_STRING, kIdMnuClose, text::ToWide(kMnuCloseCaption).c_str());
+    handles::UniqueMenu bar(CreateMenu());
+    AppendMenuW(bar.get(), MF_POPUP, reinterpret_cast<UINT_PTR>(file_menu),
+                text::ToWide(kMnuFileCaption).c_str());
+    return bar;
 }
 
-int ScreenDpi() {
-    const HDC screen = GetDC(nullptr);
-    const int dpi = screen != nullptr ? GetDeviceCaps(screen, LOGPIXELSX) : kDesignDpi;
-    if (screen != nullptr) {
-        ReleaseDC(nullptr, screen);
-    }
-    return dpi > 0 ? dpi : kDesignDpi;
-}
-
-void RegisterWindowClass(HINSTANCE instance, WNDPROC procedure) {
-    WNDCLASSEXW window_class{};
-    window_class.cbSize = sizeof(window_class);
-    if (GetClassInfoExW(instance, kWindowClass, &window_class)) {
-        return;
-    }
-    window_class.lpfnWndProc = procedure;
-    window_class.hInstance = instance;
-    window_class.hCursor = LoadCursorW(nullptr, IDC_ARROW);
-    window_class.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1);
-    window_class.lpszClassName = kWindowClass;
-    RegisterClassExW(&window_class);
+int TwipsPerPixel() {
+    return 1440 / ScreenDpi();
 }
 
 }  // namespace
 
 struct Win32IgnoreWindow::Loaded {
-    Loaded(HWND window_handle, handles::UniqueFont design_font, HMENU bar, HMENU file,
-           MessageDialogs& dialogs)
+    Loaded(HWND window, handles::UniqueFont design_font, MessageDialogs& dialogs)
         : font(std::move(design_font)),
-          window(window_handle),
-          menu_bar(bar),
-          file_menu(file),
-          modal_dialogs(dialogs, window_handle),
-          form(window_handle),
-          frame(GetDlgItem(window_handle, kIdFrame1)),
-          label1(GetDlgItem(window_handle, kIdLabel1)),
-          txt_string(GetDlgItem(window_handle, kIdTxtString)),
-          cmd_add(GetDlgItem(window_handle, kIdCmdAdd)),
-          lst_ignore(GetDlgItem(window_handle, kIdLstIgnore)),
-          label2(GetDlgItem(window_handle, kIdLabel2)),
-          cmd_remove(GetDlgItem(window_handle, kIdCmdRemove)),
-          cmd_apply(GetDlgItem(window_handle, kIdCmdApply)),
-          mnu_file(window_handle, bar, 0, true),
-          mnu_add(window_handle, file, kIdMnuAdd, false),
-          mnu_remove(window_handle, file, kIdMnuRemove, false),
-          mnu_close(window_handle, file, kIdMnuClose, false) {}
+          menu_bar(GetMenu(window)),
+          modal_dialogs(dialogs, window),
+          form(window),
+          frame(GetDlgItem(window, kIdFrame1)),
+          label1(GetDlgItem(window, kIdLabel1)),
+          txt_string(GetDlgItem(window, kIdTxtString)),
+          cmd_add(GetDlgItem(window, kIdCmdAdd)),
+          lst_ignore(GetDlgItem(window, kIdLstIgnore)),
+          label2(GetDlgItem(window, kIdLabel2)),
+          cmd_remove(GetDlgItem(window, kIdCmdRemove)),
+          cmd_apply(GetDlgItem(window, kIdCmdApply)),
+          mnu_file(menu_bar, 0, true, window),
+          mnu_add(GetSubMenu(menu_bar, 0), kIdMnuAdd, false, window),
+          mnu_remove(GetSubMenu(menu_bar, 0), kIdMnuRemove, false, window),
+          mnu_close(GetSubMenu(menu_bar, 0), kIdMnuClose, false, window) {}
 
+    // Goes after the window, whose controls use it (Destroy).
     handles::UniqueFont font;
     // The form's font as the resizer left its controls: what the list measures text in.
     HFONT form_font = nullptr;
-    handles::UniqueWindow window;  // destroyed before the font, which its controls use
-    HMENU menu_bar;                // destroyed with the window
-    HMENU file_menu;
+    HMENU menu_bar;  // destroyed with the window
     ModalToWindow modal_dialogs;
     FormResizer resizer;
 
-    WinForm form;
-    WinCaption frame;
-    WinCaption label1;
+    FormWindow form;
+    WindowText frame;
+    WindowText label1;
     WinTextBox txt_string;
-    WinCaption cmd_add;
+    WindowText cmd_add;
     WinListBox lst_ignore;
-    WinCaption label2;
-    WinCaption cmd_remove;
-    WinCaption cmd_apply;
-    WinMenuItem mnu_file;
-    WinMenuItem mnu_add;
-    WinMenuItem mnu_remove;
-    WinMenuItem mnu_close;
+    WindowText label2;
+    WindowText cmd_remove;
+    WindowText cmd_apply;
+    MenuItemText mnu_file;
+    MenuItemText mnu_add;
+    MenuItemText mnu_remove;
+    MenuItemText mnu_close;
 
     std::unique_ptr<frmIgnore> code;
 };
@@ -154,7 +127,7 @@ bool Win32IgnoreWindow::IsLoaded() const {
 }
 
 HWND Win32IgnoreWindow::Handle() const {
-    return loaded_ != nullptr ? loaded_->window.get() : nullptr;
+    return loaded_ != nullptr ? hwnd() : nullptr;
 }
 
 frmIgnore& Win32IgnoreWindow::Form() {
@@ -175,7 +148,7 @@ ListBox& Win32IgnoreWindow::lstIgnore() {
 
 void Win32IgnoreWindow::Show() {
     Form();
-    const HWND window = loaded_->window.get();
+    const HWND window = hwnd();
     ShowWindow(window, IsIconic(window) ? SW_RESTORE : SW_SHOW);
     SetForegroundWindow(window);
 }
@@ -207,51 +180,33 @@ void Win32IgnoreWindow::Destroy() {
     }
     // Forget the window first: the messages of its destruction find it unloaded.
     std::unique_ptr<Loaded> gone = std::move(loaded_);
-    gone->window.Reset();
+    DestroyImpl();
 }
 
 void Win32IgnoreWindow::Load() {
-    const HINSTANCE instance = GetModuleHandleW(nullptr);
-    RegisterWindowClass(instance, &Win32IgnoreWindow::WindowProc);
-
-    const HMENU file_menu = CreatePopupMenu();
-    AppendMenuW(file_menu, MF_STRING, kIdMnuAdd, text::ToWide(kMnuAddCaption).c_str());
-    AppendMenuW(file_menu, MF_STRING, kIdMnuRemove, text::ToWide(kMnuRemoveCaption).c_str());
-    AppendMenuW(file_menu, MF_SEPARATOR, 0, nullptr);
-    AppendMenuW(file_menu, MF_STRING, kIdMnuClose, text::ToWide(kMnuCloseCaption).c_str());
-    handles::UniqueMenu owned_bar(CreateMenu());
-    const HMENU menu_bar = owned_bar.get();
-    AppendMenuW(menu_bar, MF_POPUP, reinterpret_cast<UINT_PTR>(file_menu),
-                text::ToWide(kMnuFileCaption).c_str());
-
     // Fixed in size: the layout is made once and does not follow the frame.
     const DWORD style = WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX;
     const DWORD ex_style = WS_EX_CONTROLPARENT;
-    RECT frame{0, 0, kDesignClient.cx, kDesignClient.cy};
-    AdjustWindowRectEx(&frame, style, TRUE, ex_style);
+    const SIZE frame = FrameSizeFor(kDesignClient, style, ex_style, true);
     const HWND owner = deps_.owner ? deps_.owner() : nullptr;
-    const HWND window =
-        CreateWindowExW(ex_style, kWindowClass, text::ToWide(kIgnoreCaption).c_str(), style,
-                        CW_USEDEFAULT, CW_USEDEFAULT, frame.right - frame.left,
-                        frame.bottom - frame.top, owner, menu_bar, instance, this);
+    handles::UniqueMenu menu_bar = CreateMenuBar();
+    WindowSpec spec;
+    spec.style = style;
+    spec.ex_style = ex_style;
+    spec.text = kIgnoreCaption;
+    spec.bounds = {CW_USEDEFAULT, CW_USEDEFAULT, frame.cx, frame.cy};
+    spec.parent = owner;
+    spec.menu = menu_bar.get();
+    const HWND window = CreateImpl(kIgnoreClass, spec);
     if (window == nullptr) {
         throw std::runtime_error("the ignore-list window could not be made");
     }
-
-    owned_bar.Release();  // destroyed with the window
+    menu_bar.Release();  // the window's now
 
     // Tahoma as designed, whatever font the main window took for the system it runs on.
-    handles::UniqueFont font(CreateFontW(kDesignFontHeight, 0, 0, 0, FW_NORMAL, FALSE, FALSE, FALSE,
-                                         DEFAULT_CHARSET, OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS,
-                                         DEFAULT_QUALITY, DEFAULT_PITCH | FF_SWISS, kWindowFont));
-    for (const Place& place : kPlaces) {
-        const HWND control = CreateWindowExW(
-            place.ex_style, place.window_class, text::ToWide(DesignText(place.id)).c_str(),
-            WS_CHILD | WS_VISIBLE | place.style, place.bounds.left, place.bounds.top,
-            place.bounds.right, place.bounds.bottom, window,
-            reinterpret_cast<HMENU>(static_cast<INT_PTR>(place.id)), instance, nullptr);
-        SendMessageW(control, WM_SETFONT, reinterpret_cast<WPARAM>(font.get()), FALSE);
-    }
+    handles::UniqueFont font = MakeFont(kWindowFont, kDesignFontHeight);
+    const HFONT fonts[] = {font.get()};
+    CreateChildControls(window, kControls, fonts);
     // Subclassed by hand: the common controls' subclassing looks up a window property
     // for every message, a round trip to the server under Wine, and a scan asks this
     // list for its entries at every finding.
@@ -260,11 +215,10 @@ void Win32IgnoreWindow::Load() {
     list_proc_ = reinterpret_cast<WNDPROC>(
         SetWindowLongPtrW(list, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&ListProc)));
 
-    loaded_ = std::make_unique<Loaded>(window, std::move(font), menu_bar, file_menu, deps_.dialogs);
+    loaded_ = std::make_unique<Loaded>(window, std::move(font), deps_.dialogs);
     Loaded& l = *loaded_;
     l.form_font = l.font.get();
 
-    const int dpi = ScreenDpi();
     IgnoreServices services{
         l.modal_dialogs,
         deps_.files,
@@ -274,7 +228,7 @@ void Win32IgnoreWindow::Load() {
         [this](float x, float y) { PopupFileMenu(x, y); },
         [window] { PostMessageW(window, WM_CLOSE, 0, 0); },
         [this] { ResizeIgnore(); },
-        ScrollMetrics{1440 / dpi, GetSystemMetrics(SM_CXVSCROLL)},
+        ScrollMetrics{TwipsPerPixel(), GetSystemMetrics(SM_CXVSCROLL)},
     };
     IgnoreControls controls{l.form,       l.frame,      l.label1,     l.txt_string, l.cmd_add,
                             l.lst_ignore, l.label2,     l.cmd_remove, l.cmd_apply,  l.mnu_file,
@@ -282,26 +236,10 @@ void Win32IgnoreWindow::Load() {
     l.code = std::make_unique<frmIgnore>(controls, std::move(services));
 
     SetWindowIcon(window, L"AAA", true);
-
-    // Centred on its owner, or on the screen's work area.
-    RECT around{};
-    if (owner == nullptr || !IsWindowVisible(owner) || IsIconic(owner) ||
-        !GetWindowRect(owner, &around)) {
-        SystemParametersInfoW(SPI_GETWORKAREA, 0, &around, 0);
-    }
-
     RunHandler([&l] { l.code->Form_Load(); });
-
-    if (loaded_ == nullptr) {
-        return;
+    if (loaded_ != nullptr) {
+        CentreOnOwner(window, owner);
     }
-    RECT placed{};
-    GetWindowRect(window, &placed);
-    const int width = placed.right - placed.left;
-    const int height = placed.bottom - placed.top;
-    SetWindowPos(window, nullptr, around.left + (around.right - around.left - width) / 2,
-                 around.top + (around.bottom - around.top - height) / 2, 0, 0,
-                 SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
 void Win32IgnoreWindow::RunHandler(const std::function<void()>& handler) {
@@ -327,24 +265,23 @@ void Win32IgnoreWindow::ResizeIgnore() {
     }
     Loaded& l = *loaded_;
     const double ratio = static_cast<double>(ScreenDpi()) / kDesignDpi;
-    l.resizer.Capture(l.window.get());
+    l.resizer.Capture(hwnd());
     l.resizer.SizeForm(ratio, ratio);
-    l.form_font = reinterpret_cast<HFONT>(
-        SendMessageW(GetDlgItem(l.window.get(), kIdLstIgnore), WM_GETFONT, 0, 0));
+    l.form_font =
+        reinterpret_cast<HFONT>(SendMessageW(GetDlgItem(hwnd(), kIdLstIgnore), WM_GETFONT, 0, 0));
 }
 
 void Win32IgnoreWindow::PopupFileMenu(float x_twips, float y_twips) {
     if (loaded_ == nullptr) {
         return;
     }
-    const HWND window = loaded_->window.get();
-    const HWND list = GetDlgItem(window, kIdLstIgnore);
-    const int twips_per_pixel = 1440 / ScreenDpi();
+    const HWND list = GetDlgItem(hwnd(), kIdLstIgnore);
+    const int twips_per_pixel = TwipsPerPixel();
     POINT point{static_cast<LONG>(x_twips / static_cast<float>(twips_per_pixel)),
                 static_cast<LONG>(y_twips / static_cast<float>(twips_per_pixel))};
     ClientToScreen(list, &point);
     TrackPopupMenu(GetSubMenu(loaded_->menu_bar, 0), TPM_LEFTALIGN | TPM_TOPALIGN | TPM_RIGHTBUTTON,
-                   point.x, point.y, 0, window, nullptr);
+                   point.x, point.y, 0, hwnd(), nullptr);
 }
 
 void Win32IgnoreWindow::OnCommand(int id) {
@@ -375,7 +312,7 @@ void Win32IgnoreWindow::OnCommand(int id) {
 
 void Win32IgnoreWindow::OnListMouse(UINT message, WPARAM wparam, LPARAM lparam) {
     frmIgnore& code = *loaded_->code;
-    const int twips_per_pixel = 1440 / ScreenDpi();
+    const int twips_per_pixel = TwipsPerPixel();
     // Signed: a captured pointer can be left of or above the list.
     const auto x = static_cast<float>(static_cast<short>(LOWORD(lparam)) * twips_per_pixel);
     const auto y = static_cast<float>(static_cast<short>(HIWORD(lparam)) * twips_per_pixel);
@@ -438,25 +375,8 @@ LRESULT CALLBACK Win32IgnoreWindow::ListProc(HWND list, UINT message, WPARAM wpa
     return CallWindowProcW(previous, list, message, wparam, lparam);
 }
 
-LRESULT CALLBACK Win32IgnoreWindow::WindowProc(HWND window, UINT message, WPARAM wparam,
-                                               LPARAM lparam) {
-    if (message == WM_NCCREATE) {
-        const auto* create = reinterpret_cast<const CREATESTRUCTW*>(lparam);
-        SetWindowLongPtrW(window, GWLP_USERDATA,
-                          reinterpret_cast<LONG_PTR>(create->lpCreateParams));
-    }
-    auto* self = reinterpret_cast<Win32IgnoreWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
-    if (message == WM_NCDESTROY) {
-        SetWindowLongPtrW(window, GWLP_USERDATA, 0);
-    }
-    if (self == nullptr) {
-        return DefWindowProcW(window, message, wparam, lparam);
-    }
-    return self->HandleMessage(window, message, wparam, lparam);
-}
-
 LRESULT Win32IgnoreWindow::HandleMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
-    const bool loaded = loaded_ != nullptr && loaded_->window.get() == window;
+    const bool loaded = loaded_ != nullptr;
     switch (message) {
         case WM_COMMAND: {
             const int id = LOWORD(wparam);

@@ -12,6 +12,7 @@
 #include "text/ansi_code_page.h"
 #include "ui/base/program_state.h"
 #include "ui/base/services.h"
+#include "ui/base/window_kit_win32.h"
 #include "ui/ignore/frm_ignore.h"
 #include "ui/ignore/ignore_window.h"
 
@@ -32,7 +33,7 @@ enum IgnoreControlId : int {
     kIdMnuClose,
 };
 
-class Win32IgnoreWindow final : public IgnoreWindow {
+class Win32IgnoreWindow final : public IgnoreWindow, private WindowImpl {
   public:
     struct Dependencies {
         MessageDialogs& dialogs;
@@ -71,9 +72,8 @@ class Win32IgnoreWindow final : public IgnoreWindow {
     WNDPROC list_proc_ = nullptr;
     friend struct Loaded;
 
-    static LRESULT CALLBACK WindowProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
     static LRESULT CALLBACK ListProc(HWND list, UINT message, WPARAM wparam, LPARAM lparam);
-    LRESULT HandleMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+    LRESULT HandleMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) override;
     void Load();
     void Destroy();
     // Runs a handler of frmIgnore; an unload asked for meanwhile happens once it is done.

@@ -3,52 +3,17 @@
 #include <stdexcept>
 
 #include "text/wide_text_win32.h"
+#include "ui/base/gdi_win32.h"
 #include "ui/base/win32_controls_win32.h"
 
 namespace regvex::ui::ignore {
-
-namespace {
-
-constexpr int kDefaultDpi = 96;
-
-void SetWindowTextUtf8(HWND window, std::string_view text) {
-    SetWindowTextW(window, text::ToWide(text).c_str());
-}
-
-}  // namespace
-
-std::string WinCaption::Caption() const {
-    return WindowTextOf(window_);
-}
-
-void WinCaption::SetCaption(std::string_view caption) {
-    SetWindowTextUtf8(window_, caption);
-}
-
-std::string WinForm::Caption() const {
-    return WindowTextOf(window_);
-}
-
-void WinForm::SetCaption(std::string_view caption) {
-    SetWindowTextUtf8(window_, caption);
-}
-
-bool WinForm::IsMinimized() const {
-    return IsIconic(window_) != FALSE;
-}
-
-void WinForm::Activate() {
-    if (IsWindowVisible(window_)) {
-        SetForegroundWindow(window_);
-    }
-}
 
 std::string WinTextBox::Text() const {
     return WindowTextOf(edit_);
 }
 
 void WinTextBox::SetText(std::string_view text) {
-    SetWindowTextUtf8(edit_, text);
+    SetWindowTextW(edit_, text::ToWide(text).c_str());
 }
 
 void WinTextBox::SetFocus() {
@@ -109,21 +74,9 @@ void WinListBox::SetListIndex(int index) {
 
 double WinListBox::TextWidthTwips(std::string_view text) const {
     const HWND parent = GetParent(list_);
-    const HDC dc = GetDC(parent);
-    if (dc == nullptr) {
-        return 0;
-    }
     const auto font = reinterpret_cast<HFONT>(SendMessageW(parent, WM_GETFONT, 0, 0));
-    const HGDIOBJ old = font != nullptr ? SelectObject(dc, font) : nullptr;
-    const std::wstring wide = text::ToWide(text);
-    SIZE size{};
-    GetTextExtentPoint32W(dc, wide.c_str(), static_cast<int>(wide.size()), &size);
-    const int dpi = GetDeviceCaps(dc, LOGPIXELSX);
-    if (old != nullptr) {
-        SelectObject(dc, old);
-    }
-    ReleaseDC(parent, dc);
-    return static_cast<double>(size.cx) * (1440 / (dpi > 0 ? dpi : kDefaultDpi));
+    const SIZE size = TextExtent(parent, font, text::ToWide(text));
+    return static_cast<double>(size.cx) * (1440 / ScreenDpi());
 }
 
 void WinListBox::SetHorizontalExtent(int pixels) {
@@ -132,21 +85,6 @@ void WinListBox::SetHorizontalExtent(int pixels) {
 
 void WinListBox::ScrollToBottom() {
     SendMessageW(list_, WM_VSCROLL, MAKEWPARAM(SB_BOTTOM, 0), 0);
-}
-
-std::string WinMenuItem::Caption() const {
-    return MenuItemCaption(menu_, item_,
-                           static_cast<UINT>(by_position_ ? MF_BYPOSITION : MF_BYCOMMAND));
-}
-
-void WinMenuItem::SetCaption(std::string_view caption) {
-    std::wstring wide = text::ToWide(caption);
-    MENUITEMINFOW info{};
-    info.cbSize = sizeof(info);
-    info.fMask = MIIM_STRING;
-    info.dwTypeData = wide.data();
-    SetMenuItemInfoW(menu_, item_, by_position_ ? TRUE : FALSE, &info);
-    DrawMenuBar(window_);
 }
 
 int MouseShiftState(WPARAM wparam) {

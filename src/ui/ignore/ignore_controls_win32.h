@@ -1,5 +1,6 @@
 #pragma once
-// The ignore-list window's controls as its code reaches them, over real windows.
+// The ignore-list window's own kinds of control, over real windows; its captions, form and
+// menus are the shared ones (win32_controls_win32).
 
 #include <windows.h>
 
@@ -9,29 +10,6 @@
 #include "ui/base/controls.h"
 
 namespace regvex::ui::ignore {
-
-// A label, button or frame.
-class WinCaption final : public Captioned {
-  public:
-    explicit WinCaption(HWND window) : window_(window) {}
-    std::string Caption() const override;
-    void SetCaption(std::string_view caption) override;
-
-  private:
-    HWND window_;
-};
-
-class WinForm final : public Window {
-  public:
-    explicit WinForm(HWND window) : window_(window) {}
-    std::string Caption() const override;
-    void SetCaption(std::string_view caption) override;
-    bool IsMinimized() const override;
-    void Activate() override;
-
-  private:
-    HWND window_;
-};
 
 class WinTextBox final : public TextBox {
   public:
@@ -62,21 +40,6 @@ class WinListBox final : public ListBox {
 
   private:
     HWND list_;
-};
-
-// A menu item, or the top-level menu by its position in the menu bar.
-class WinMenuItem final : public MenuItem {
-  public:
-    WinMenuItem(HWND window, HMENU menu, UINT item, bool by_position)
-        : window_(window), menu_(menu), item_(item), by_position_(by_position) {}
-    std::string Caption() const override;
-    void SetCaption(std::string_view caption) override;
-
-  private:
-    HWND window_;
-    HMENU menu_;
-    UINT item_;
-    bool by_position_;
 };
 
 // The keys held with a mouse message as the list's handlers receive them: 1 shift,
