@@ -22,16 +22,16 @@ HMENU Popup(HMENU bar, const wchar_t* text) {
 
 MainMenus CreateMainMenus() {
     MainMenus menus;
-    menus.bar = CreateMenu();
+    menus.bar.Reset(CreateMenu());
 
-    HMENU file = Popup(menus.bar, L"&File");
+    HMENU file = Popup(menus.bar.get(), L"&File");
     Item(file, kMenuStartStop, L"&Start Scan");
     Separator(file);  // mnuSeperator6
     Item(file, kMenuRestore, L"&Restore Registry Backup");
     Separator(file);  // mnuSeperator1
     Item(file, kMenuExit, L"E&xit");
 
-    HMENU repair = Popup(menus.bar, L"------------------>&Repair<------------------");
+    HMENU repair = Popup(menus.bar.get(), L"------------------>&Repair<------------------");
     Item(repair, kMenuCheckAll, L"&Check All Items");
     Item(repair, kMenuUncheckAll, L"&Uncheck All Items");
     Separator(repair);  // mnuSeparator2
@@ -41,9 +41,9 @@ MainMenus CreateMainMenus() {
     Separator(repair);  // mnuSeperator0
     Item(repair, kMenuInfo, L"&Info On This Item");
 
-    Popup(menus.bar, L"&Options");
+    Popup(menus.bar.get(), L"&Options");
 
-    HMENU help = Popup(menus.bar, L"&Help");
+    HMENU help = Popup(menus.bar.get(), L"&Help");
     Item(help, kMenuHelp, L"&Help");
     Separator(help);  // mnuSeperator4
     Item(help, kMenuAbout, L"&About");

@@ -21,6 +21,11 @@ enum MainCommand : UINT {
     kTaskPane,
     kStatusLabel,
     kCurrentKeyLabel,
+    kScanFrame,
+    kDriveLabel,
+    kProgressBar,
+    kBackupsFrame,
+    kProductLabel,
 
     kMenuStartStop = 2001,
     kMenuRestore,
@@ -39,7 +44,7 @@ enum MainCommand : UINT {
 };
 
 struct MainMenus {
-    HMENU bar = nullptr;                  // attached to the window, destroyed with it
+    handles::UniqueMenu bar;              // the window's once attached
     handles::UniqueMenu add_ignore;       // context menu of the results
     handles::UniqueMenu restore_context;  // context menu of the backups
 };

@@ -12,6 +12,7 @@
 #include "ui/about/frm_about_win32.h"
 #include "ui/base/form_resizer_win32.h"
 #include "ui/base/win32_controls_win32.h"
+#include "ui/base/window_kit_win32.h"
 #include "ui/check_list_control_win32.h"
 #include "ui/frm_main.h"
 #include "ui/main_menus_win32.h"
@@ -39,7 +40,7 @@ struct MainWindowServices {
     std::function<void()> add_subkey_to_ignore;
 };
 
-class MainWindow final : public MainView {
+class MainWindow final : public MainView, public WindowImpl {
   public:
     MainWindow(MainWindowServices services, ProgramState& state);
     ~MainWindow() override;
@@ -48,7 +49,6 @@ class MainWindow final : public MainView {
 
     // Creates the window and its controls, runs Form_Load and shows the window.
     bool Create(int show);
-    HWND hwnd() const { return window_; }
     frmMain& form() { return *form_; }
     CheckListView& results() { return errors_; }
     CheckListView& backups() { return backups_; }
@@ -68,11 +68,8 @@ class MainWindow final : public MainView {
     void ShowHeldBack() override;
 
   private:
-    static LRESULT CALLBACK WindowProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
-    LRESULT Handle(UINT message, WPARAM wparam, LPARAM lparam);
+    LRESULT HandleMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) override;
     void CreateControls();
-    HWND Control(const wchar_t* window_class, const wchar_t* text, DWORD style, int x, int y,
-                 int width, int height, int id, DWORD ex_style = 0);
     void OnCommand(int id, int code);
     void OnNotify(const NMHDR& notification);
     void OnClose();
@@ -82,7 +79,6 @@ class MainWindow final : public MainView {
 
     MainWindowServices services_;
     ProgramState& state_;
-    HWND window_ = nullptr;
     MainMenus menus_;
     taskpane::TaskPane task_pane_;
     FormResizer resizer_;
@@ -101,7 +97,6 @@ class MainWindow final : public MainView {
     CheckListControl errors_, backups_;
     ProgressControl progress_;
     MenuItemText menu_start_stop_;
-    HWND image1_ = nullptr;
     std::vector<HWND> scan_panel_, backups_panel_;
 
     std::unique_ptr<frmMain> form_;
