@@ -10,6 +10,7 @@
 
 #include "text/wide_text_win32.h"
 #include "ui/base/gdi_win32.h"
+#include "ui/base/window_kit_win32.h"
 #include "ui/taskpane/task_icons_win32.h"
 #include "ui/taskpane/task_pane_colors.h"
 
@@ -22,24 +23,8 @@ using handles::UniqueRegion;
 
 namespace {
 
-HINSTANCE ModuleInstance() {
-    return GetModuleHandleW(nullptr);
-}
-
-bool RegisterPaneClass(WNDPROC window_proc) {
-    WNDCLASSEXW existing{};
-    existing.cbSize = sizeof(existing);
-    if (GetClassInfoExW(ModuleInstance(), TaskPane::kClassName, &existing)) {
-        return true;
-    }
-    WNDCLASSEXW window_class{};
-    window_class.cbSize = sizeof(window_class);
-    window_class.lpfnWndProc = window_proc;
-    window_class.hInstance = ModuleInstance();
-    window_class.hCursor = LoadCursorW(nullptr, IDC_ARROW);
-    window_class.lpszClassName = TaskPane::kClassName;
-    return RegisterClassExW(&window_class) != 0;
-}
+// Painted whole by the pane itself.
+const WindowClass kPaneClass{L"RegvexTaskPane"};
 
 Rgba ToRgba(COLORREF color, BYTE alpha = 255) {
     return Rgba{GetRValue(color), GetGValue(color), GetBValue(color), alpha};
@@ -85,30 +70,26 @@ void DrawTextIn(HDC dc, const std::string& text, RECT rect, UINT format) {
 
 TaskPane::~TaskPane() {
     // The window goes first: its last messages still reach the members.
-    window_.Reset();
+    DestroyImpl();
 }
 
 bool TaskPane::Create(HWND parent, int control_id, const RECT& rect) {
-    if (window_ || !RegisterPaneClass(&WindowProc)) {
+    if (hwnd() != nullptr) {
         return false;
     }
     INITCOMMONCONTROLSEX controls{sizeof(controls), ICC_WIN95_CLASSES};
     InitCommonControlsEx(&controls);
 
-    // The window proc takes the window over in WM_NCCREATE, before CreateWindowEx returns.
-    CreateWindowExW(
-        0, kClassName, L"", WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_VSCROLL | WS_CLIPSIBLINGS,
-        rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top, parent,
-        reinterpret_cast<HMENU>(static_cast<INT_PTR>(control_id)), ModuleInstance(), this);
-    if (!window_) {
+    WindowSpec spec;
+    spec.style = WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_VSCROLL | WS_CLIPSIBLINGS;
+    spec.bounds = {rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top};
+    spec.parent = parent;
+    spec.menu = ChildId(control_id);
+    if (CreateImpl(kPaneClass, spec) == nullptr) {
         return false;
     }
 
-    {
-        const HDC screen = GetDC(nullptr);
-        dpi_ = GetDeviceCaps(screen, LOGPIXELSY);
-        ReleaseDC(nullptr, screen);
-    }
+    dpi_ = ScreenDpi(LOGPIXELSY);
     measure_dc_.Reset(CreateCompatibleDC(nullptr));
     NONCLIENTMETRICSW metrics{};
     metrics.cbSize = sizeof(metrics);
@@ -121,8 +102,8 @@ bool TaskPane::Create(HWND parent, int control_id, const RECT& rect) {
 
     tooltip_.Reset(CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr,
                                    WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX, CW_USEDEFAULT,
-                                   CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, window_.get(),
-                                   nullptr, ModuleInstance(), nullptr));
+                                   CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, hwnd(), nullptr,
+                                   GetModuleHandleW(nullptr), nullptr));
     if (tooltip_) {
         SendMessageW(tooltip_.get(), TTM_SETMAXTIPWIDTH, 0, Scale(320));
     }
@@ -141,29 +122,11 @@ bool TaskPane::Create(HWND parent, int control_id, const RECT& rect) {
     return true;
 }
 
-LRESULT CALLBACK TaskPane::WindowProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
-    if (message == WM_NCCREATE) {
-        const auto* create = reinterpret_cast<const CREATESTRUCTW*>(lparam);
-        auto* pane = static_cast<TaskPane*>(create->lpCreateParams);
-        pane->window_.Reset(window);
-        SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(pane));
-    }
-    auto* pane = reinterpret_cast<TaskPane*>(GetWindowLongPtrW(window, GWLP_USERDATA));
-    if (pane == nullptr) {
-        return DefWindowProcW(window, message, wparam, lparam);
-    }
-    if (message == WM_NCDESTROY) {
-        SetWindowLongPtrW(window, GWLP_USERDATA, 0);
-        pane->window_.Release();
-        pane->tooltip_.Reset();
-        return DefWindowProcW(window, message, wparam, lparam);
-    }
-    return pane->HandleMessage(message, wparam, lparam);
-}
-
-LRESULT TaskPane::HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) {
-    const HWND window = window_.get();
+LRESULT TaskPane::HandleMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
     switch (message) {
+        case WM_NCDESTROY:
+            tooltip_.Reset();
+            break;
         case WM_SIZE:
             Relayout();
             Redraw();
@@ -413,20 +376,20 @@ void TaskPane::Follow(const PaneAction& action) {
     // the pane show its state first.
     const std::string key = item->key;
     Redraw();
-    UpdateWindow(window_.get());
+    UpdateWindow(hwnd());
     if (on_click_) {
         on_click_(key);
     }
 }
 
 bool TaskPane::HandleAccelerator(wchar_t letter) {
-    if (!window_ || !model_.FocusAccelerator(static_cast<char32_t>(letter))) {
+    if (hwnd() == nullptr || !model_.FocusAccelerator(static_cast<char32_t>(letter))) {
         return false;
     }
     keyboard_cues_ = true;
     Relayout();
-    if (GetFocus() != window_.get()) {
-        SetFocus(window_.get());
+    if (GetFocus() != hwnd()) {
+        SetFocus(hwnd());
     }
     RevealFocus();
     Redraw();
@@ -536,11 +499,11 @@ void TaskPane::UpdateMetrics() {
 }
 
 void TaskPane::Relayout() {
-    if (!window_ || laying_out_) {
+    if (hwnd() == nullptr || laying_out_) {
         return;
     }
     laying_out_ = true;
-    const HWND window = window_.get();
+    const HWND window = hwnd();
     RECT client{};
     GetClientRect(window, &client);
     // Laid out for the width without a scroll bar first; only content taller than the
@@ -560,7 +523,7 @@ void TaskPane::Relayout() {
 
 void TaskPane::UpdateScrollBar() {
     RECT client{};
-    GetClientRect(window_.get(), &client);
+    GetClientRect(hwnd(), &client);
     SCROLLINFO info{};
     info.cbSize = sizeof(info);
     info.fMask = SIF_RANGE | SIF_PAGE | SIF_POS;
@@ -568,15 +531,15 @@ void TaskPane::UpdateScrollBar() {
     info.nMax = std::max(0, model_.ContentHeight() - 1);
     info.nPage = static_cast<UINT>(std::max(0L, client.bottom));
     info.nPos = scroll_y_;
-    SetScrollInfo(window_.get(), SB_VERT, &info, TRUE);
+    SetScrollInfo(hwnd(), SB_VERT, &info, TRUE);
 }
 
 void TaskPane::ScrollTo(int position) {
-    if (!window_) {
+    if (hwnd() == nullptr) {
         return;
     }
     RECT client{};
-    GetClientRect(window_.get(), &client);
+    GetClientRect(hwnd(), &client);
     position = ClampScroll(position, client.bottom, model_.ContentHeight());
     if (position == scroll_y_) {
         return;
@@ -590,11 +553,11 @@ void TaskPane::ScrollTo(int position) {
 
 void TaskPane::RevealFocus() {
     const auto& focus = model_.focus();
-    if (!focus || !window_) {
+    if (!focus || hwnd() == nullptr) {
         return;
     }
     RECT client{};
-    GetClientRect(window_.get(), &client);
+    GetClientRect(hwnd(), &client);
     PaneRect target = model_.places()[static_cast<std::size_t>(focus->group)]
                           .items[static_cast<std::size_t>(focus->item)]
                           .row;
@@ -605,12 +568,12 @@ void TaskPane::RevealFocus() {
 }
 
 void TaskPane::RebuildTools() {
-    if (!tooltip_ || !window_) {
+    if (!tooltip_ || hwnd() == nullptr) {
         return;
     }
     TTTOOLINFOW tool{};
     tool.cbSize = TTTOOLINFOW_V2_SIZE;
-    tool.hwnd = window_.get();
+    tool.hwnd = hwnd();
     for (std::size_t id = 0; id < tools_.size(); ++id) {
         tool.uId = id;
         SendMessageW(tooltip_.get(), TTM_DELTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
@@ -638,12 +601,12 @@ void TaskPane::RebuildTools() {
 }
 
 void TaskPane::UpdateToolRects() {
-    if (!tooltip_ || !window_) {
+    if (!tooltip_ || hwnd() == nullptr) {
         return;
     }
     TTTOOLINFOW tool{};
     tool.cbSize = TTTOOLINFOW_V2_SIZE;
-    tool.hwnd = window_.get();
+    tool.hwnd = hwnd();
     for (std::size_t id = 0; id < tools_.size(); ++id) {
         tool.uId = id;
         const auto rect = ItemRect(tools_[id].group, tools_[id].item);
@@ -653,8 +616,8 @@ void TaskPane::UpdateToolRects() {
 }
 
 void TaskPane::Redraw() {
-    if (window_) {
-        InvalidateRect(window_.get(), nullptr, FALSE);
+    if (hwnd() != nullptr) {
+        InvalidateRect(hwnd(), nullptr, FALSE);
     }
 }
 
@@ -762,7 +725,7 @@ void TaskPane::PaintGroup(HDC dc, std::size_t index, const PanePalette& palette)
         const UniqueBrush edge(CreateSolidBrush(palette.body_edge));
         FrameRect(dc, &body, edge.get());
     }
-    const bool show_focus = ShowCues() && GetFocus() == window_.get();
+    const bool show_focus = ShowCues() && GetFocus() == hwnd();
     const HFONT base = font_ != nullptr ? font_ : default_font_.get();
     for (std::size_t i = 0; i < group.items.size(); ++i) {
         const TaskItem& item = group.items[i];

@@ -23,24 +23,20 @@
 #include <vector>
 
 #include "handles/unique_handle_win32.h"
+#include "ui/base/window_kit_win32.h"
 #include "ui/taskpane/task_pane_colors.h"
 #include "ui/taskpane/task_pane_model.h"
 
 namespace regvex::ui::taskpane {
 
-class TaskPane {
+class TaskPane final : public WindowImpl {
   public:
-    static constexpr const wchar_t* kClassName = L"RegvexTaskPane";
-
     TaskPane() = default;
-    ~TaskPane();
-    TaskPane(const TaskPane&) = delete;
-    TaskPane& operator=(const TaskPane&) = delete;
+    ~TaskPane() override;
 
     // A visible child of `parent` with the given control id, in parent client
     // coordinates. False when the window cannot be made.
     bool Create(HWND parent, int control_id, const RECT& rect);
-    HWND hwnd() const { return window_.get(); }
     // The tooltip window, with one tool per item that has a tooltip.
     HWND tooltip() const { return tooltip_.get(); }
 
@@ -68,8 +64,7 @@ class TaskPane {
     const TaskPaneModel& model() const { return model_; }
 
   private:
-    static LRESULT CALLBACK WindowProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
-    LRESULT HandleMessage(UINT message, WPARAM wparam, LPARAM lparam);
+    LRESULT HandleMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) override;
 
     void UpdateFonts(HFONT font);
     void UpdateMetrics();
@@ -92,7 +87,6 @@ class TaskPane {
     RECT ToClient(const PaneRect& rect) const;
     PanePoint ToContent(LPARAM lparam) const;
 
-    handles::UniqueWindow window_;
     handles::UniqueWindow tooltip_;
     TaskPaneModel model_;
     std::function<void(std::string_view)> on_click_;
