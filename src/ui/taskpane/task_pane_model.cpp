@@ -68,6 +68,7 @@ void TaskPaneModel::SetGroups(std::vector<TaskGroup> groups) {
     hover_ = {};
     pressed_ = {};
     focus_.reset();
+    scroll_top_ = 0;
     Layout();
 }
 
@@ -380,6 +381,63 @@ PaneAction TaskPaneModel::ActivateFocus() const {
         return {};
     }
     return {PaneAction::Kind::kActivate, focus_->group, focus_->item};
+}
+
+void TaskPaneModel::SetView(int width, int height, int scroll_bar_width) {
+    view_height_ = std::max(height, 0);
+    SetWidth(width);
+    if (content_height_ > view_height_) {
+        SetWidth(width - scroll_bar_width);
+    }
+    scroll_top_ = ClampScroll(scroll_top_, view_height_, content_height_);
+}
+
+bool TaskPaneModel::ScrollTo(int top) {
+    const int clamped = ClampScroll(top, view_height_, content_height_);
+    if (clamped == scroll_top_) {
+        return false;
+    }
+    scroll_top_ = clamped;
+    return true;
+}
+
+bool TaskPaneModel::Scroll(ScrollCommand command, int line) {
+    const int page = std::max(line, view_height_ - line);
+    switch (command) {
+        case ScrollCommand::kLineUp:
+            return ScrollTo(scroll_top_ - line);
+        case ScrollCommand::kLineDown:
+            return ScrollTo(scroll_top_ + line);
+        case ScrollCommand::kPageUp:
+            return ScrollTo(scroll_top_ - page);
+        case ScrollCommand::kPageDown:
+            return ScrollTo(scroll_top_ + page);
+        case ScrollCommand::kTop:
+            return ScrollTo(0);
+        case ScrollCommand::kBottom:
+            return ScrollTo(content_height_);
+    }
+    return false;
+}
+
+bool TaskPaneModel::ScrollWheel(int delta, int step) {
+    wheel_remainder_ += delta;
+    const int notches = wheel_remainder_ / kWheelNotch;
+    wheel_remainder_ %= kWheelNotch;
+    // Turning the wheel away from the user moves the view up.
+    return ScrollTo(scroll_top_ - notches * step);
+}
+
+bool TaskPaneModel::RevealFocus() {
+    if (!focus_) {
+        return false;
+    }
+    PaneRect target = places_[static_cast<std::size_t>(focus_->group)]
+                          .items[static_cast<std::size_t>(focus_->item)]
+                          .row;
+    target.top -= metrics_.item_gap;
+    target.bottom += metrics_.item_gap;
+    return ScrollTo(ScrollToReveal(target, scroll_top_, view_height_, content_height_));
 }
 
 int ClampScroll(int top, int view_height, int content_height) {

@@ -126,13 +126,20 @@ struct PaneAction {
 
 enum class FocusMove { kNext, kPrevious, kFirst, kLast };
 
+// What the scroll bar asks of the view.
+enum class ScrollCommand { kLineUp, kLineDown, kPageUp, kPageDown, kTop, kBottom };
+
+// A wheel's notch, as the mouse reports it.
+inline constexpr int kWheelNotch = 120;
+
 class TaskPaneModel {
   public:
     // Without a measure, texts take no room; the Windows control always sets one.
     void SetMeasure(MeasureText measure);
     void SetMetrics(const TaskPaneMetrics& metrics);
     void SetWidth(int width);
-    // Forgets hover, press and focus: they named items of the old groups.
+    // Forgets hover, press and focus, which named items of the old groups, and scrolls to
+    // the top.
     void SetGroups(std::vector<TaskGroup> groups);
 
     const std::vector<TaskGroup>& groups() const { return groups_; }
@@ -179,6 +186,23 @@ class TaskPaneModel {
     // Enter or Space: the focused link.
     PaneAction ActivateFocus() const;
 
+    // Scrolling. The view is `width` by `height` pixels without a scroll bar; content
+    // taller than it is laid out `scroll_bar_width` narrower, to make room for the bar.
+    // The position always stays within the content.
+    void SetView(int width, int height, int scroll_bar_width);
+    int view_height() const { return view_height_; }
+    int scroll_top() const { return scroll_top_; }
+    // Each answers whether the view moved.
+    bool ScrollTo(int top);
+    // A line is `line` pixels; a page is the view less a line, but at least a line.
+    bool Scroll(ScrollCommand command, int line);
+    // `delta` in wheel units (kWheelNotch a notch), `step` pixels a notch; what falls
+    // short of a notch is kept for the next turn.
+    bool ScrollWheel(int delta, int step);
+    // Brings the focused link into view with an item gap around it, so that its focus
+    // rectangle shows too.
+    bool RevealFocus();
+
   private:
     void Layout();
     bool IsFocusable(ItemRef ref) const;
@@ -195,6 +219,9 @@ class TaskPaneModel {
     PaneHit hover_;
     PaneHit pressed_;
     std::optional<ItemRef> focus_;
+    int view_height_ = 0;
+    int scroll_top_ = 0;
+    int wheel_remainder_ = 0;
 };
 
 // The scroll position that brings `target` fully into a view of `view_height` pixels

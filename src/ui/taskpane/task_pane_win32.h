@@ -60,18 +60,27 @@ class TaskPane final : public WindowImpl {
     // group has it, so that the caller can pass the letter on (to its menu).
     bool HandleAccelerator(wchar_t letter);
 
-    int scroll_position() const { return scroll_y_; }
+    int scroll_position() const { return model_.scroll_top(); }
     const TaskPaneModel& model() const { return model_; }
 
   private:
+    // Pixels a line of the scroll bar moves, at 96 dots per inch.
+    static constexpr int kScrollLine = 16;
+
+    // Each family answers the messages it handles; the rest go to DefWindowProcW.
     LRESULT HandleMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) override;
+    std::optional<LRESULT> OnWindowMessage(UINT message, WPARAM wparam, LPARAM lparam);
+    std::optional<LRESULT> OnPaintMessage(UINT message, WPARAM wparam);
+    std::optional<LRESULT> OnMouseMessage(UINT message, WPARAM wparam, LPARAM lparam);
+    std::optional<LRESULT> OnScrollMessage(UINT message, WPARAM wparam);
+    std::optional<LRESULT> OnKeyboardMessage(UINT message, WPARAM wparam, LPARAM lparam);
 
     void UpdateFonts(HFONT font);
     void UpdateMetrics();
     void Relayout();
     void UpdateScrollBar();
-    void ScrollTo(int position);
-    void RevealFocus();
+    // After the model's view moved, when it did.
+    void Scrolled(bool moved);
     void RebuildTools();
     void UpdateToolRects();
     void Redraw();
@@ -102,8 +111,6 @@ class TaskPane final : public WindowImpl {
     HIMAGELIST images_ = nullptr;
 
     int dpi_ = 96;
-    int scroll_y_ = 0;
-    int wheel_remainder_ = 0;
     bool laying_out_ = false;
     bool tracking_mouse_ = false;
     // Focus rectangles and accelerator underlines show once the keyboard is used.

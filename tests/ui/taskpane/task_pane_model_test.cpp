@@ -258,10 +258,13 @@ TEST_F(TaskPaneModelTest, NewGroupsForgetHoverPressAndFocus) {
     model.MouseMove({60, 55});
     model.MouseDown({60, 55});
     ASSERT_TRUE(model.focus().has_value());
+    model.SetView(200, 100, 0);
+    model.ScrollTo(50);
     model.SetGroups(SampleGroups());
     EXPECT_EQ(model.hover(), PaneHit{});
     EXPECT_EQ(model.pressed(), PaneHit{});
     EXPECT_FALSE(model.focus().has_value());
+    EXPECT_EQ(model.scroll_top(), 0);
 }
 
 struct FocusStep {
@@ -398,6 +401,78 @@ TEST(AcceleratorOf, FindsTheLetterAfterASingleAmpersand) {
     for (const Case& c : cases) {
         EXPECT_EQ(AcceleratorOf(c.caption), c.expected) << c.caption;
     }
+}
+
+// A view 100 pixels high over the 309 of the sample: the top runs from 0 to 209. Lines
+// are 16 pixels, pages 84.
+TEST_F(TaskPaneModelTest, ScrollsWithinTheContent) {
+    struct Step {
+        enum Op { kTo, kCommand, kWheel, kRevealLast } op;
+        int amount = 0;  // the position for kTo, the wheel's delta for kWheel
+        ScrollCommand command = ScrollCommand::kTop;
+    };
+    struct Case {
+        const char* what;
+        int start;
+        std::vector<Step> steps;
+        int expected;
+        bool last_step_moved;
+    };
+    using C = ScrollCommand;
+    const Case cases[] = {
+        {"line down", 0, {{Step::kCommand, 0, C::kLineDown}}, 16, true},
+        {"line up at the top", 0, {{Step::kCommand, 0, C::kLineUp}}, 0, false},
+        {"page down", 0, {{Step::kCommand, 0, C::kPageDown}}, 84, true},
+        {"page up", 150, {{Step::kCommand, 0, C::kPageUp}}, 66, true},
+        {"page down past the end", 200, {{Step::kCommand, 0, C::kPageDown}}, 209, true},
+        {"bottom", 0, {{Step::kCommand, 0, C::kBottom}}, 209, true},
+        {"top", 50, {{Step::kCommand, 0, C::kTop}}, 0, true},
+        {"beyond the end", 0, {{Step::kTo, 500}}, 209, true},
+        {"before the start", 30, {{Step::kTo, -3}}, 0, true},
+        {"wheel towards the user", 0, {{Step::kWheel, -kWheelNotch}}, 48, true},
+        {"wheel away, two notches", 100, {{Step::kWheel, 2 * kWheelNotch}}, 4, true},
+        {"half notches add up", 0, {{Step::kWheel, -60}, {Step::kWheel, -60}}, 48, true},
+        {"half a notch waits", 0, {{Step::kWheel, -60}}, 0, false},
+        {"reveal a link below", 0, {{Step::kRevealLast}}, 194, true},
+        {"reveal a link in view", 200, {{Step::kRevealLast}}, 200, false},
+    };
+    for (const Case& c : cases) {
+        model.SetView(200, 100, 0);
+        model.ScrollTo(c.start);
+        model.ClearFocus();
+        bool moved = false;
+        for (const Step& step : c.steps) {
+            switch (step.op) {
+                case Step::kTo:
+                    moved = model.ScrollTo(step.amount);
+                    break;
+                case Step::kCommand:
+                    moved = model.Scroll(step.command, 16);
+                    break;
+                case Step::kWheel:
+                    moved = model.ScrollWheel(step.amount, 48);
+                    break;
+                case Step::kRevealLast:
+                    model.MoveFocus(FocusMove::kLast, false);
+                    moved = model.RevealFocus();
+                    break;
+            }
+        }
+        EXPECT_EQ(model.scroll_top(), c.expected) << c.what;
+        EXPECT_EQ(moved, c.last_step_moved) << c.what;
+    }
+}
+
+TEST_F(TaskPaneModelTest, ContentTallerThanTheViewGivesRoomToTheScrollBar) {
+    model.SetView(200, 400, 17);
+    EXPECT_EQ(model.width(), 200);
+    model.SetView(200, 100, 17);
+    EXPECT_EQ(model.width(), 183);
+    // A taller view keeps the position within the content.
+    model.SetView(200, 100, 0);
+    model.ScrollTo(209);
+    model.SetView(200, 299, 0);
+    EXPECT_EQ(model.scroll_top(), 10);
 }
 
 TEST(ScrollToReveal, MovesAsLittleAsNeeded) {
