@@ -4,6 +4,7 @@
 
 #include "system/general_date.h"
 #include "text/wide_text_win32.h"
+#include "ui/base/gdi_win32.h"
 
 namespace regvex::ui {
 
@@ -59,12 +60,8 @@ bool Win32Shell::ShowHelp(std::string_view chm_path) {
 
 ScreenMetrics Win32Screen::Metrics() {
     ScreenMetrics metrics;
-    HDC screen = GetDC(nullptr);
-    const int dpi_x = GetDeviceCaps(screen, LOGPIXELSX);
-    const int dpi_y = GetDeviceCaps(screen, LOGPIXELSY);
-    ReleaseDC(nullptr, screen);
-    metrics.twips_per_pixel_x = dpi_x > 0 ? 1440 / dpi_x : 15;
-    metrics.twips_per_pixel_y = dpi_y > 0 ? 1440 / dpi_y : 15;
+    metrics.twips_per_pixel_x = 1440 / ScreenDpi(LOGPIXELSX);
+    metrics.twips_per_pixel_y = 1440 / ScreenDpi(LOGPIXELSY);
     metrics.width_pixels = GetSystemMetrics(SM_CXSCREEN);
     metrics.height_pixels = GetSystemMetrics(SM_CYSCREEN);
     return metrics;

@@ -23,9 +23,6 @@ class Win32MessagePump final : public MessagePump {
     // handled the message.
     explicit Win32MessagePump(std::function<bool(MSG&)> pretranslate = {})
         : pretranslate_(std::move(pretranslate)) {}
-    void SetPretranslate(std::function<bool(MSG&)> pretranslate) {
-        pretranslate_ = std::move(pretranslate);
-    }
     // Waits for and handles messages until the program's last window has gone.
     int Run();
     void DoEvents() override;

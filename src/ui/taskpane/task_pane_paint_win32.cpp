@@ -181,8 +181,8 @@ void TaskPane::PaintGroup(HDC dc, std::size_t index, const PanePalette& palette)
         const ItemPlace& at = place.items[i];
         const ItemRef ref{group_number, static_cast<int>(i)};
         const RECT icon = ToClient(at.icon);
-        if (item.icon != kNoIcon && images() != nullptr) {
-            ImageList_Draw(images(), item.icon, dc, icon.left, icon.top, ILD_TRANSPARENT);
+        if (item.icon != kNoIcon && images_) {
+            ImageList_Draw(images_.get(), item.icon, dc, icon.left, icon.top, ILD_TRANSPARENT);
         }
         const bool hot = item.IsLink() && hover.kind == PaneHit::Kind::kLink &&
                          hover.group == ref.group && hover.item == ref.item;

@@ -51,7 +51,7 @@ bool TaskPane::Create(HWND parent, int control_id, const RECT& rect) {
     } else {
         default_font_.Reset(static_cast<HFONT>(GetStockObject(DEFAULT_GUI_FONT)));
     }
-    own_images_ = CreateTaskIconImageList(Scale(16));
+    images_ = CreateTaskIconImageList(Scale(16));
 
     tooltip_.Reset(CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr,
                                    WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX, CW_USEDEFAULT,
@@ -130,13 +130,6 @@ void TaskPane::SetOnItemClick(std::function<void(std::string_view key)> on_click
     on_click_ = std::move(on_click);
 }
 
-void TaskPane::SetImageList(HIMAGELIST images) {
-    images_ = images;
-    UpdateMetrics();
-    Relayout();
-    Redraw();
-}
-
 bool TaskPane::SetGroupCollapsed(std::string_view group_key, bool collapsed) {
     if (!model_.SetCollapsed(model_.FindGroup(group_key), collapsed)) {
         return false;
@@ -211,8 +204,8 @@ void TaskPane::UpdateMetrics() {
     metrics.item_gap = Scale(7);
     int icon_width = Scale(16);
     int icon_height = Scale(16);
-    if (images() != nullptr) {
-        ImageList_GetIconSize(images(), &icon_width, &icon_height);
+    if (images_) {
+        ImageList_GetIconSize(images_.get(), &icon_width, &icon_height);
     }
     metrics.icon_size = icon_height;
     metrics.icon_gap = Scale(6);
@@ -321,10 +314,6 @@ bool TaskPane::ShowCues() const {
     BOOL always = FALSE;
     SystemParametersInfoW(SPI_GETKEYBOARDCUES, 0, &always, 0);
     return keyboard_cues_ || always != FALSE;
-}
-
-HIMAGELIST TaskPane::images() const {
-    return images_ != nullptr ? images_ : own_images_.get();
 }
 
 int TaskPane::Scale(int pixels) const {

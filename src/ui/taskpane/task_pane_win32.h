@@ -43,9 +43,6 @@ class TaskPane final : public WindowImpl {
     void SetGroups(std::vector<TaskGroup> groups);
     // Called with the key of the link the user follows, after the pane has drawn itself.
     void SetOnItemClick(std::function<void(std::string_view key)> on_click);
-    // Another image list for the items' icons, kept by the caller; null goes back to the
-    // pane's own (CreateTaskIconImageList).
-    void SetImageList(HIMAGELIST images);
 
     bool SetGroupCollapsed(std::string_view group_key, bool collapsed);
     bool IsGroupCollapsed(std::string_view group_key) const;
@@ -91,7 +88,6 @@ class TaskPane final : public WindowImpl {
     void Paint(HDC dc, const RECT& client) const;
     void PaintGroup(HDC dc, std::size_t index, const PanePalette& palette) const;
     bool ShowCues() const;
-    HIMAGELIST images() const;
     int Scale(int pixels) const;
     RECT ToClient(const PaneRect& rect) const;
     PanePoint ToContent(LPARAM lparam) const;
@@ -107,8 +103,7 @@ class TaskPane final : public WindowImpl {
     handles::UniqueFont underline_font_;
     handles::UniqueDc measure_dc_;
 
-    handles::UniqueImageList own_images_;
-    HIMAGELIST images_ = nullptr;
+    handles::UniqueImageList images_;
 
     int dpi_ = 96;
     bool laying_out_ = false;
