@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -404,62 +405,54 @@ TEST(AcceleratorOf, FindsTheLetterAfterASingleAmpersand) {
 }
 
 // A view 100 pixels high over the 309 of the sample: the top runs from 0 to 209. Lines
-// are 16 pixels, pages 84.
-TEST_F(TaskPaneModelTest, ScrollsWithinTheContent) {
-    struct Step {
-        enum Op { kTo, kCommand, kWheel, kRevealLast } op;
-        int amount = 0;  // the position for kTo, the wheel's delta for kWheel
-        ScrollCommand command = ScrollCommand::kTop;
+// are 16 pixels, pages 84, wheel notches 48.
+TEST(TaskPaneModelScroll, StaysWithinTheContent) {
+    using Act = std::function<bool(TaskPaneModel&)>;
+    const auto command = [](ScrollCommand c) {
+        return Act([c](auto& m) { return m.Scroll(c, 16); });
+    };
+    const auto wheel = [](int delta) {
+        return Act([delta](auto& m) { return m.ScrollWheel(delta, 48); });
+    };
+    const auto to = [](int top) { return Act([top](auto& m) { return m.ScrollTo(top); }); };
+    const Act reveal_last = [](TaskPaneModel& m) {
+        m.MoveFocus(FocusMove::kLast, false);
+        return m.RevealFocus();
     };
     struct Case {
         const char* what;
         int start;
-        std::vector<Step> steps;
+        Act act;
         int expected;
-        bool last_step_moved;
+        bool moved;
     };
     using C = ScrollCommand;
     const Case cases[] = {
-        {"line down", 0, {{Step::kCommand, 0, C::kLineDown}}, 16, true},
-        {"line up at the top", 0, {{Step::kCommand, 0, C::kLineUp}}, 0, false},
-        {"page down", 0, {{Step::kCommand, 0, C::kPageDown}}, 84, true},
-        {"page up", 150, {{Step::kCommand, 0, C::kPageUp}}, 66, true},
-        {"page down past the end", 200, {{Step::kCommand, 0, C::kPageDown}}, 209, true},
-        {"bottom", 0, {{Step::kCommand, 0, C::kBottom}}, 209, true},
-        {"top", 50, {{Step::kCommand, 0, C::kTop}}, 0, true},
-        {"beyond the end", 0, {{Step::kTo, 500}}, 209, true},
-        {"before the start", 30, {{Step::kTo, -3}}, 0, true},
-        {"wheel towards the user", 0, {{Step::kWheel, -kWheelNotch}}, 48, true},
-        {"wheel away, two notches", 100, {{Step::kWheel, 2 * kWheelNotch}}, 4, true},
-        {"half notches add up", 0, {{Step::kWheel, -60}, {Step::kWheel, -60}}, 48, true},
-        {"half a notch waits", 0, {{Step::kWheel, -60}}, 0, false},
-        {"reveal a link below", 0, {{Step::kRevealLast}}, 194, true},
-        {"reveal a link in view", 200, {{Step::kRevealLast}}, 200, false},
+        {"line down", 0, command(C::kLineDown), 16, true},
+        {"line up at the top", 0, command(C::kLineUp), 0, false},
+        {"page down", 0, command(C::kPageDown), 84, true},
+        {"page up", 150, command(C::kPageUp), 66, true},
+        {"page down past the end", 200, command(C::kPageDown), 209, true},
+        {"bottom", 0, command(C::kBottom), 209, true},
+        {"top", 50, command(C::kTop), 0, true},
+        {"beyond the end", 0, to(500), 209, true},
+        {"before the start", 30, to(-3), 0, true},
+        {"wheel towards the user", 0, wheel(-kWheelNotch), 48, true},
+        {"wheel away, two notches", 100, wheel(2 * kWheelNotch), 4, true},
+        {"half a notch waits", 0, wheel(-60), 0, false},
+        {"half notches add up", 0,
+         [](auto& m) { return m.ScrollWheel(-60, 48) || m.ScrollWheel(-60, 48); }, 48, true},
+        {"reveal a link below", 0, reveal_last, 194, true},
+        {"reveal a link in view", 200, reveal_last, 200, false},
     };
     for (const Case& c : cases) {
-        model.SetView(200, 100, 0);
-        model.ScrollTo(c.start);
-        model.ClearFocus();
-        bool moved = false;
-        for (const Step& step : c.steps) {
-            switch (step.op) {
-                case Step::kTo:
-                    moved = model.ScrollTo(step.amount);
-                    break;
-                case Step::kCommand:
-                    moved = model.Scroll(step.command, 16);
-                    break;
-                case Step::kWheel:
-                    moved = model.ScrollWheel(step.amount, 48);
-                    break;
-                case Step::kRevealLast:
-                    model.MoveFocus(FocusMove::kLast, false);
-                    moved = model.RevealFocus();
-                    break;
-            }
-        }
-        EXPECT_EQ(model.scroll_top(), c.expected) << c.what;
-        EXPECT_EQ(moved, c.last_step_moved) << c.what;
+        TaskPaneModel fresh;  // no focus, no part of a wheel notch left over
+        fresh.SetMeasure(FakeMeasure);
+        fresh.SetGroups(SampleGroups());
+        fresh.SetView(200, 100, 0);
+        fresh.ScrollTo(c.start);
+        EXPECT_EQ(c.act(fresh), c.moved) << c.what;
+        EXPECT_EQ(fresh.scroll_top(), c.expected) << c.what;
     }
 }
 
@@ -496,13 +489,6 @@ TEST(ScrollToReveal, MovesAsLittleAsNeeded) {
     for (const Case& c : cases) {
         EXPECT_EQ(ScrollToReveal(c.target, c.top, c.view, c.content), c.expected) << c.what;
     }
-}
-
-TEST(ClampScroll, KeepsThePositionInsideTheContent) {
-    EXPECT_EQ(ClampScroll(-5, 100, 300), 0);
-    EXPECT_EQ(ClampScroll(150, 100, 300), 150);
-    EXPECT_EQ(ClampScroll(250, 100, 300), 200);
-    EXPECT_EQ(ClampScroll(40, 100, 60), 0);
 }
 
 }  // namespace
