@@ -29,7 +29,9 @@ bool HasLineBreak(std::string_view text) {
     return text.find_first_of("\r\n") != std::string_view::npos;
 }
 
-std::string OnOneLine(std::string_view text) {
+}  // namespace
+
+std::string LineBreaksEscaped(std::string_view text) {
     std::string out;
     out.reserve(text.size());
     for (const char c : text) {
@@ -43,6 +45,8 @@ std::string OnOneLine(std::string_view text) {
     }
     return out;
 }
+
+namespace {
 
 // A REG_SZ as UTF-16LE bytes with its terminator, which only the Unicode format carries.
 std::string HexStringData(std::string_view utf8) {
@@ -76,7 +80,7 @@ KeyAndName SplitFullPath(const std::string& full) {
     const std::size_t p = reversed.find('\\');
     const std::string_view r(reversed);
     return {ReverseText(r.substr(p + 1)),
-            Concat({"\"", OnOneLine(EscapeRegText(ReverseText(r.substr(0, p)))), "\""})};
+            Concat({"\"", LineBreaksEscaped(EscapeRegText(ReverseText(r.substr(0, p)))), "\""})};
 }
 
 void AppendUtf16Le(std::string& out, std::string_view utf8) {
@@ -115,7 +119,7 @@ std::vector<std::string> BackupLines(const std::vector<BackupRow>& rows) {
         KeyAndName parts = SplitFullPath(Concat({row.root_key, "\\", row.sub_key}));
         if (parts.key != previous_key) {
             lines.emplace_back();
-            lines.push_back(Concat({"[", OnOneLine(parts.key), "]"}));
+            lines.push_back(Concat({"[", LineBreaksEscaped(parts.key), "]"}));
         }
         if (HasLineBreak(row.value)) {
             lines.push_back(Concat({parts.name_token, "=", HexStringData(row.value)}));

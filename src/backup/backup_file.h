@@ -23,6 +23,10 @@ struct BackupRow {
 // Backslashes doubled first, then every double quote preceded by a backslash.
 std::string EscapeRegText(std::string_view text);
 
+// A key path or name on one line: CR and LF as the escapes \r and \n, which the
+// Registry Editor of Wine and our reader read back.
+std::string LineBreaksEscaped(std::string_view text);
+
 // The lines of the file after its header, without line ends: an empty line and a key
 // line whenever the key differs from the previous row's, then one value line per row.
 // A line break can stand in no quoted text: in a key or value name it is written as the

@@ -1,30 +1,43 @@
 #include "cli/cli.h"
 
+#include "cli/export_command.h"
+#include "cli/registry_source.h"
 #include "cli/repair_commands.h"
 #include "cli/scan_command.h"
 #include "cli/visible_text.h"
+#include "system/program_version.h"
 
 namespace regvex::cli {
 
 namespace {
 
-constexpr const char* kUsage =
-    "usage: regvexlor-cli scan --drive C: [--registry FILE.reg]... [--map C:=DIR]...\n"
-    "                          [--ignore FILE]\n"
+constexpr const char* kUsageTemplate =
+    "usage: regvexlor-cli scan --drive C: [SOURCE] [--map C:=DIR]... [--ignore FILE]\n"
+    "                          [--format tsv|json]\n"
+    "       regvexlor-cli export [SOURCE] [--key ROOT\\PATH] [--out FILE]\n"
     "       regvexlor-cli fix --drive C: [--only TEXT] [--ignore FILE] [--map C:=DIR]...\n"
     "       regvexlor-cli backups [restore N | delete N]\n"
-    "       regvexlor-cli [scan | fix | backups] --help\n"
+    "       regvexlor-cli [scan | export | fix | backups] --help\n"
+    "       regvexlor-cli --version\n"
     "\n"
     "  scan   lists registry values that name a missing file on the drive, one line each:\n"
     "         status, root key, subkey and value name, value (tab-separated); in them a\n"
     "         backslash reads \\\\ and a control character or stray byte \\xHH\n"
     "\n"
     "  --drive C:            the drive whose files are checked\n"
-    "  --registry FILE.reg   scan this registry export instead of the live registry\n"
-    "                        (repeatable: the files are read into one registry)\n"
     "  --map C:=DIR          answer the existence test for drive C: from folder DIR\n"
     "  --ignore FILE         leave out findings whose file path or subkey contains an\n"
     "                        entry of this ignore list (the program's Ignore.txt)\n"
+    "\n"
+    "  --format json         one JSON object per finding (root, key, value, type, data,\n"
+    "                        file, exists), then one with the count and why it stopped\n"
+    "\n"
+    "  SOURCE, without which the live registry is scanned, is one kind of:\n"
+    "%SOURCES%"
+    "\n"
+    "  export writes the registry (or the key given with --key and all below it) as a\n"
+    "         \"Windows Registry Editor Version 5.00\" file, every value with its exact\n"
+    "         type and bytes, to FILE or standard output\n"
     "\n"
     "  fix    scans the live registry as scan does, writes the findings to a backup in\n"
     "         RegBackups beside the program, then deletes them from the registry\n"
@@ -37,15 +50,30 @@ constexpr const char* kUsage =
     "\n"
     "  fix and backups need the live registry of Windows or Wine.\n";
 
+// The usage with the source options put in their place.
+const std::string& Usage() {
+    static const std::string usage = [] {
+        std::string text = kUsageTemplate;
+        const std::string_view mark = "%SOURCES%";
+        text.replace(text.find(mark), mark.size(), kSourceUsage);
+        return text;
+    }();
+    return usage;
+}
+
 int Dispatch(const std::vector<std::string>& args, std::ostream& out, std::ostream& err,
              CliPlatform& platform) {
     if (args.empty()) {
-        err << kUsage;
+        err << Usage();
         return kExitUsage;
     }
     const std::string& command = args.front();
+    if (command == "--version") {
+        out << system::ProgramTitleAndVersion() << "." << system::kVersionPatch << "\n";
+        return kExitOk;
+    }
     if (IsHelpOption(command) || command == "help") {
-        out << kUsage;
+        out << Usage();
         return kExitOk;
     }
     const std::vector<std::string> options(args.begin() + 1, args.end());
@@ -53,14 +81,17 @@ int Dispatch(const std::vector<std::string>& args, std::ostream& out, std::ostre
         ScanOptions scan;
         std::string error;
         if (!ParseScanOptions(options, scan, error)) {
-            err << "regvexlor-cli: " << error << "\n" << kUsage;
+            err << "regvexlor-cli: " << error << "\n" << Usage();
             return kExitUsage;
         }
         if (scan.help) {
-            out << kUsage;
+            out << Usage();
             return kExitOk;
         }
         return RunScan(scan, out, err, platform);
+    }
+    if (command == "export") {
+        return RunExport(options, out, err, platform);
     }
     if (command == "fix") {
         return RunFix(options, out, err, platform);
@@ -68,7 +99,7 @@ int Dispatch(const std::vector<std::string>& args, std::ostream& out, std::ostre
     if (command == "backups") {
         return RunBackups(options, out, err, platform);
     }
-    err << "regvexlor-cli: unknown command \"" << VisibleText(command) << "\"\n" << kUsage;
+    err << "regvexlor-cli: unknown command \"" << VisibleText(command) << "\"\n" << Usage();
     return kExitUsage;
 }
 
@@ -79,7 +110,7 @@ bool IsHelpOption(std::string_view arg) {
 }
 
 std::string_view UsageText() {
-    return kUsage;
+    return Usage();
 }
 
 int RunCli(const std::vector<std::string>& args, std::ostream& out, std::ostream& err,

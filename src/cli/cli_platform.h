@@ -2,7 +2,9 @@
 // What the command line needs of the system it runs on. Windows and Linux each provide
 // one implementation, chosen by the build.
 
+#include <filesystem>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -32,6 +34,10 @@ class CliPlatform {
     virtual ~CliPlatform() = default;
     // The registry of the running system, or null with the reason when it has none.
     virtual std::unique_ptr<Registry> OpenLiveRegistry(std::string& why_not) = 0;
+    // A Windows hive file, read-only; null with what is wrong (naming the file). What the
+    // scan can go on without (a damaged part skipped) is written to `warnings`.
+    virtual std::unique_ptr<Registry> OpenHive(const std::filesystem::path& file,
+                                               std::string& error, std::ostream& warnings);
     // The system's own existence test, or null when no file system stands for drives.
     virtual std::unique_ptr<FileExistence> SystemFiles() = 0;
     virtual const text::AnsiCodePage& AnsiCodePage() = 0;

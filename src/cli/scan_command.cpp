@@ -10,11 +10,13 @@
 #include "backup/backup_file.h"
 #include "backup/reg_file_reader.h"
 #include "cli/cli.h"
+#include "cli/json_text.h"
 #include "cli/progress_line.h"
 #include "cli/unexamined_count.h"
 #include "cli/visible_text.h"
 #include "engine/caching_file_existence.h"
 #include "engine/drive_map.h"
+#include "engine/file_reference.h"
 #include "engine/memory_registry.h"
 #include "engine/reg_search.h"
 #include "ignore/ignore_list.h"
@@ -48,6 +50,50 @@ bool ParseDrive(const std::string& text, char& drive) {
     return true;
 }
 
+const char* TypeName(std::uint32_t type) {
+    static const char* const kNames[] = {"REG_NONE",
+                                         "REG_SZ",
+                                         "REG_EXPAND_SZ",
+                                         "REG_BINARY",
+                                         "REG_DWORD",
+                                         "REG_DWORD_BIG_ENDIAN",
+                                         "REG_LINK",
+                                         "REG_MULTI_SZ",
+                                         "REG_RESOURCE_LIST",
+                                         "REG_FULL_RESOURCE_DESCRIPTOR",
+                                         "REG_RESOURCE_REQUIREMENTS_LIST",
+                                         "REG_QWORD"};
+    return type < std::size(kNames) ? kNames[type] : nullptr;
+}
+
+// One finding as a JSON object. The key and the value name are parted at the last
+// backslash, as Fix parts them; a key-name match has no value and no type.
+std::string FindingJson(Registry& registry, std::string_view root, std::string_view key,
+                        std::string_view data, FoundKind found, std::string_view scan_drive) {
+    std::string_view subkey = key;
+    std::string_view name;
+    std::string type = "null";
+    if (found != FoundKind::kKeyName) {
+        const std::size_t slash = key.rfind('\\');
+        subkey = slash == std::string_view::npos ? std::string_view() : key.substr(0, slash);
+        name = slash == std::string_view::npos ? key : key.substr(slash + 1);
+        ScopedKey opened;
+        std::uint32_t number = 0;
+        std::vector<std::uint8_t> bytes;
+        if (ScopedKey::Open(registry, RootKeyFromName(root), subkey, reg::kKeyRead, opened) ==
+                reg::kSuccess &&
+            registry.QueryValue(opened.get(), name, number, bytes) == reg::kSuccess) {
+            const char* type_name = TypeName(number);
+            type = type_name != nullptr ? JsonString(type_name) : std::to_string(number);
+        }
+    }
+    std::string line = "{\"root\":" + JsonString(root) + ",\"key\":" + JsonString(subkey);
+    line += ",\"value\":" + (found == FoundKind::kKeyName ? "null" : JsonString(name));
+    line += ",\"type\":" + type + ",\"data\":" + JsonString(data);
+    line += ",\"file\":" + JsonString(ValidatePath(data, scan_drive)) + ",\"exists\":false}";
+    return line;
+}
+
 class CliSearchHost final : public SearchHost {
   public:
     explicit CliSearchHost(ProgressLine& progress) : progress_(progress) {}
@@ -74,6 +120,9 @@ class CliScanEvents final : public SearchEvents {
                   std::vector<backup::BackupRow>* kept, ProgressLine& progress, bool interactive)
         : rules_(rules), out_(out), kept_(kept), progress_(progress), interactive_(interactive) {}
 
+    // Findings as JSON objects; the registry tells each value's type.
+    void WriteJson(Registry& registry) { json_registry_ = &registry; }
+
     // Once the findings cannot be written, scanning on would only lose more of them.
     void StopWhenOutputFails(cRegSearch& search) { search_ = &search; }
 
@@ -86,8 +135,14 @@ class CliScanEvents final : public SearchEvents {
             if (interactive_) {
                 progress_.Clear();
             }
-            *out_ << VisibleText(scan::FindingStatus(lFound)) << '\t' << VisibleText(sRootKey)
-                  << '\t' << VisibleText(sKey) << '\t' << VisibleText(sValue) << '\n';
+            if (json_registry_ != nullptr) {
+                *out_ << FindingJson(*json_registry_, sRootKey, sKey, sValue, lFound,
+                                     rules_.scan_drive)
+                      << '\n';
+            } else {
+                *out_ << VisibleText(scan::FindingStatus(lFound)) << '\t' << VisibleText(sRootKey)
+                      << '\t' << VisibleText(sKey) << '\t' << VisibleText(sValue) << '\n';
+            }
             if (interactive_) {
                 out_->flush();
             }
@@ -113,6 +168,7 @@ class CliScanEvents final : public SearchEvents {
     ProgressLine& progress_;
     bool interactive_;
     cRegSearch* search_ = nullptr;
+    Registry* json_registry_ = nullptr;
     std::size_t count_ = 0;
     FinishReason reason_ = FinishReason::kFinished;
 };
@@ -129,34 +185,8 @@ class CachingSystemFiles final : public FileExistence {
     CachingFileExistence answers_;
 };
 
-std::unique_ptr<Registry> LoadRegistry(const ScanOptions& options, std::ostream& err,
-                                       CliPlatform& platform) {
-    if (options.registry_files.empty()) {
-        std::string why_not;
-        auto live = platform.OpenLiveRegistry(why_not);
-        if (!live) {
-            err << "regvexlor-cli: " << VisibleText(why_not) << "\n";
-        }
-        return live;
-    }
-    auto registry = std::make_unique<MemoryRegistry>();
-    for (const std::string& file : options.registry_files) {
-        const auto error =
-            backup::ImportRegFile(text::PathFromUtf8(file), *registry, platform.AnsiCodePage());
-        if (error) {
-            err << "regvexlor-cli: " << VisibleText(file);
-            if (error->line != 0) {
-                err << ":" << error->line;
-            }
-            err << ": " << VisibleText(error->message) << "\n";
-            return nullptr;
-        }
-    }
-    return registry;
-}
-
-std::unique_ptr<FileExistence> ChooseFiles(const ScanOptions& options, std::ostream& err,
-                                           CliPlatform& platform) {
+std::unique_ptr<FileExistence> ChooseFiles(const ScanOptions& options, const OpenedSource* source,
+                                           std::ostream& err, CliPlatform& platform) {
     const char drive = options.scan_drive[0];
     auto map = std::make_unique<DriveMapFileExistence>();
     for (const auto& [letter, folder] : options.drive_folders) {
@@ -167,6 +197,10 @@ std::unique_ptr<FileExistence> ChooseFiles(const ScanOptions& options, std::ostr
             return nullptr;
         }
         map->Map(letter, text::PathFromUtf8(folder));
+    }
+    // A partition brings its own drive, unless a map says otherwise.
+    if (source != nullptr && source->drive && !map->IsMapped(source->drive->first)) {
+        map->Map(source->drive->first, source->drive->second);
     }
     if (map->IsMapped(drive)) {
         return map;
@@ -234,8 +268,8 @@ bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options
             options.help = true;
             return true;
         }
-        if (option != "--drive" && option != "--registry" && option != "--map" &&
-            option != "--ignore") {
+        if (option != "--drive" && option != "--map" && option != "--ignore" &&
+            option != "--format" && !IsSourceOption(option)) {
             error = "unknown option \"" + VisibleText(option) + "\"";
             return false;
         }
@@ -256,12 +290,16 @@ bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options
                 return false;
             }
             options.scan_drive = std::string(1, drive) + ":\\";
-        } else if (option == "--registry") {
-            if (value.empty()) {
-                error = "--registry needs a file";
+        } else if (IsSourceOption(option)) {
+            if (!ParseSourceOption(option, value, options.sources, error)) {
                 return false;
             }
-            options.registry_files.push_back(value);
+        } else if (option == "--format") {
+            if (value != "tsv" && value != "json") {
+                error = "--format takes tsv or json, not \"" + VisibleText(value) + "\"";
+                return false;
+            }
+            options.json = value == "json";
         } else if (option == "--ignore") {
             if (!options.ignore_file.empty()) {
                 error = "--ignore can be given once";
@@ -291,7 +329,7 @@ bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options
         error = "scan needs --drive";
         return false;
     }
-    return true;
+    return CheckSourceOptions(options.sources, error);
 }
 
 namespace {
@@ -313,9 +351,10 @@ void ReportUnexamined(const UnexaminedCount& counted, std::ostream& err) {
     }
 }
 
-int Search(const ScanOptions& options, Registry& registry, std::ostream* out,
-           std::vector<backup::BackupRow>* kept, std::ostream& err, CliPlatform& platform) {
-    auto files = ChooseFiles(options, err, platform);
+int Search(const ScanOptions& options, Registry& registry, const OpenedSource* source,
+           std::ostream* out, std::vector<backup::BackupRow>* kept, std::ostream& err,
+           CliPlatform& platform) {
+    auto files = ChooseFiles(options, source, err, platform);
     if (!files) {
         return kExitUsage;
     }
@@ -335,12 +374,24 @@ int Search(const ScanOptions& options, Registry& registry, std::ostream* out,
     UnexaminedCount counted(registry);
     cRegSearch search(counted, host, events, platform.KeyAccessMask());
     events.StopWhenOutputFails(search);
+    if (options.json) {
+        events.WriteJson(registry);
+    }
     search.RootKey(kHkeyAll);
     search.SubKey("");
     search.SearchFlags(search_flags::kValueNames | search_flags::kValueData);
     search.SearchString(options.scan_drive);
     search.DoSearch();
     progress.Clear();
+    if (options.json && out != nullptr) {
+        const std::int32_t reason = static_cast<std::int32_t>(events.reason());
+        *out << "{\"count\":" << events.count() << ",\"stop\":"
+             << (events.reason() == FinishReason::kFinished ? "\"finished\""
+                 : events.reason() == FinishReason::kStopped
+                     ? "\"stopped\""
+                     : "\"error " + std::to_string(reason) + "\"")
+             << "}\n";
+    }
     // The command line as a whole reports output that could not be written.
     if (out != nullptr && !out->flush()) {
         return kExitScanFailed;
@@ -360,16 +411,16 @@ int Search(const ScanOptions& options, Registry& registry, std::ostream* out,
 
 int RunScan(const ScanOptions& options, std::ostream& out, std::ostream& err,
             CliPlatform& platform) {
-    auto registry = LoadRegistry(options, err, platform);
-    if (!registry) {
+    const auto source = OpenSource(options.sources, err, platform);
+    if (!source) {
         return kExitUsage;
     }
-    return Search(options, *registry, &out, nullptr, err, platform);
+    return Search(options, *source->registry, source.get(), &out, nullptr, err, platform);
 }
 
 int ScanInto(const ScanOptions& options, Registry& registry, std::ostream& err,
              CliPlatform& platform, std::vector<backup::BackupRow>& findings) {
-    return Search(options, registry, nullptr, &findings, err, platform);
+    return Search(options, registry, nullptr, nullptr, &findings, err, platform);
 }
 
 }  // namespace regvex::cli

@@ -9,14 +9,16 @@
 
 #include "backup/backup_file.h"
 #include "cli/cli_platform.h"
+#include "cli/registry_source.h"
 
 namespace regvex::cli {
 
 struct ScanOptions {
     std::string scan_drive;  // "C:\"
-    std::vector<std::string> registry_files;
+    SourceOptions sources;
     std::vector<std::pair<char, std::string>> drive_folders;  // drive letter, folder
     std::string ignore_file;  // an ignore list, as the program keeps it; empty for none
+    bool json = false;        // --format json: one object per finding
     bool help = false;        // the usage was asked for; nothing else was read
 };
 

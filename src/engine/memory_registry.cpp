@@ -287,6 +287,25 @@ RegStatus MemoryRegistry::EnumValue(KeyHandle key, std::uint32_t index, ValueSlo
     return reg::kSuccess;
 }
 
+RegStatus MemoryRegistry::ReadValue(KeyHandle key, std::uint32_t index, std::string& name,
+                                    std::uint32_t& type, std::vector<std::uint8_t>& data) {
+    Node* node = nullptr;
+    if (const RegStatus status = Lookup(key, node); status != reg::kSuccess) {
+        return status;
+    }
+    if (!recording_) {
+        node->CompactValues();
+    }
+    const Value* stored = node->LiveValue(index);
+    if (stored == nullptr) {
+        return reg::kNoMoreItems;
+    }
+    name.assign(stored->name());
+    type = stored->type();
+    data.assign(stored->data().begin(), stored->data().end());
+    return reg::kSuccess;
+}
+
 RegStatus MemoryRegistry::QueryValue(KeyHandle key, std::string_view name, std::uint32_t& type,
                                      std::vector<std::uint8_t>& data) {
     Node* node = nullptr;

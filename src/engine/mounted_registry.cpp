@@ -349,6 +349,16 @@ RegStatus MountedRegistry::EnumValue(KeyHandle key, std::uint32_t index, ValueSl
                             : layer->backend->EnumValue(layer->key, index, value);
 }
 
+RegStatus MountedRegistry::ReadValue(KeyHandle key, std::uint32_t index, std::string& name,
+                                     std::uint32_t& type, std::vector<std::uint8_t>& data) {
+    if (impl_->Lookup(key) == nullptr) {
+        return reg::kInvalidHandle;
+    }
+    const Impl::Layer* layer = impl_->ValueLayer(key);
+    return layer == nullptr ? reg::kNoMoreItems
+                            : layer->backend->ReadValue(layer->key, index, name, type, data);
+}
+
 RegStatus MountedRegistry::QueryValue(KeyHandle key, std::string_view name, std::uint32_t& type,
                                       std::vector<std::uint8_t>& data) {
     if (impl_->Lookup(key) == nullptr) {

@@ -23,6 +23,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -113,6 +114,20 @@ class Registry {
 
     virtual RegStatus QueryValue(KeyHandle key, std::string_view name, std::uint32_t& type,
                                  std::vector<std::uint8_t>& data) = 0;
+    // Value `index` whole, however long its name and data, as exports need it. A backend
+    // that can only fill the scan's buffers answers as EnumValue does (kMoreData for a
+    // value that does not fit).
+    virtual RegStatus ReadValue(KeyHandle key, std::uint32_t index, std::string& name,
+                                std::uint32_t& type, std::vector<std::uint8_t>& data) {
+        auto slot = std::make_unique<ValueSlot>();
+        const RegStatus status = EnumValue(key, index, *slot);
+        if (status == reg::kSuccess) {
+            name = std::move(slot->name);
+            type = slot->type;
+            data.assign(slot->data.begin(), slot->data.begin() + slot->size);
+        }
+        return status;
+    }
     virtual RegStatus SetValue(KeyHandle key, std::string_view name, std::uint32_t type,
                                std::span<const std::uint8_t> data) = 0;
     virtual RegStatus DeleteValue(KeyHandle key, std::string_view name) = 0;

@@ -1,0 +1,34 @@
+#pragma once
+// A registry, or one key and all below it, written as the Registry Editor's Unicode
+// export ("Windows Registry Editor Version 5.00", UTF-16LE with a byte-order mark, CR LF
+// line ends): every key in enumeration order, each with its values in enumeration order
+// and their exact types and bytes. Strings that the quoted form carries exactly are
+// quoted, DWORDs of four bytes are written as dword:, everything else as hex(N): bytes.
+// It is what a technician keeps before touching a disk, and how whole registries are
+// compared.
+
+#include <cstddef>
+#include <ostream>
+#include <string_view>
+
+#include "engine/registry.h"
+
+namespace regvex::backup {
+
+struct ExportCount {
+    std::size_t keys = 0;
+    std::size_t values = 0;
+    // Values the registry could not give whole, and keys it could not open or list.
+    std::size_t values_missed = 0;
+    std::size_t keys_missed = 0;
+};
+
+// Writes the header line and a blank line.
+void WriteExportHeader(std::ostream& out);
+
+// Writes `root`\`path` (path "" for the whole root) and everything below it. A root
+// without keys or values writes nothing.
+ExportCount WriteExportTree(Registry& registry, RootKeyHandle root, std::string_view path,
+                            std::ostream& out);
+
+}  // namespace regvex::backup
