@@ -72,6 +72,39 @@ TEST(Cli, ScanListsExactlyTheMissingFilesOfTheFixtureInOrder) {
     EXPECT_EQ(run.err, "12 errors found\n");
 }
 
+TEST(Cli, AnExportReadsBackToTheSameRegistryAndExportsAlike) {
+    testing::TempFolder folder;
+    const std::string first = (folder.path() / "first.reg").string();
+    const std::string second = (folder.path() / "second.reg").string();
+    const std::string source = kFixtures + "/scan_examples.reg";
+    ASSERT_EQ(RunWith({"export", "--registry", source, "--out", first}).exit_code, kExitOk);
+    ASSERT_EQ(RunWith({"export", "--registry", first, "--out", second}).exit_code, kExitOk);
+    EXPECT_EQ(ReadFile(first), ReadFile(second));
+    EXPECT_EQ(ReadFile(first).substr(0, 4), std::string("\xFF\xFEW\0", 4));
+
+    const auto scan = [](const std::string& file) {
+        return RunWith({"scan", "--drive", "C:", "--registry", file, "--map",
+                        "C:=" + kFixtures + "/drive_c"})
+            .out;
+    };
+    EXPECT_EQ(scan(first), scan(source));
+}
+
+TEST(Cli, JsonFindingsCarryTheirPartsAndEndWithTheCount) {
+    const CliRun run =
+        RunWith({"scan", "--drive", "C:", "--registry", kFixtures + "/scan_examples.reg", "--map",
+                 "C:=" + kFixtures + "/drive_c", "--format", "json"});
+    EXPECT_EQ(run.exit_code, kExitOk) << run.err;
+    EXPECT_NE(
+        run.out.find(R"({"root":"HKEY_CURRENT_USER","key":"Software\\Vexlor Fixture",)"
+                     R"("value":"Plain","type":"REG_SZ","data":"C:\\Program Files\\App\\app.exe",)"
+                     R"("file":"C:\\PROGRAM FILES\\APP\\APP.EXE","exists":false})"
+                     "\n"),
+        std::string::npos)
+        << run.out;
+    EXPECT_TRUE(run.out.ends_with("{\"count\":12,\"stop\":\"finished\"}\n")) << run.out;
+}
+
 TEST(Cli, LaterRegistryFilesApplyOnTopOfEarlierOnes) {
     testing::TempFolder folder;
     const std::string second = (folder.path() / "second.reg").string();
@@ -170,6 +203,17 @@ TEST(Cli, BadInvocationsExplainThemselvesAndExitWithTwo) {
         {{"scan", "--drive", "C:", "--registry", kFixtures + "/drive_c/Present/Here.exe", "--map",
           map},
          "Here.exe"},
+        {{"scan", "--drive", "C:", "--registry", reg, "--hive", "HKLM=x"},
+         "--hive and --registry name two different registries"},
+        {{"scan", "--drive", "C:", "--hive", "HKLM"}, "--hive takes a key and a hive file"},
+        {{"scan", "--drive", "C:", "--hive", "HKEY_ALL=x"}, "--hive takes a key and a hive file"},
+        {{"scan", "--drive", "C:", "--hive", "hklm=x"}, "--hive takes a key and a hive file"},
+        {{"scan", "--drive", "C:", "--user", "ann"}, "--user chooses a profile"},
+        {{"scan", "--drive", "C:", "--windows", kFixtures}, "is not the root of a Windows"},
+        {{"scan", "--drive", "C:", "--windows", "/no/such"}, "\"/no/such\" is not a folder"},
+        {{"scan", "--drive", "C:", "--format", "xml"}, "--format takes tsv or json"},
+        {{"export", "--registry", reg, "--key", "HKEY_NOWHERE\\x"}, "--key starts with a root"},
+        {{"export", "--registry", reg, "--key", "HKEY_CURRENT_USER\\Nothing"}, "there is no key"},
     };
     for (const auto& c : cases) {
         const CliRun run = RunWith(c.args);
