@@ -73,11 +73,7 @@ void HiveRegistry::Warn(const Key& key, std::string_view what) {
     message += ": ";
     message += what;
     // The walk opens a key more than once; one warning per damage is enough.
-    if (std::find(warned_.begin(), warned_.end(), message) != warned_.end()) {
-        return;
-    }
-    warned_.push_back(message);
-    if (warn_) {
+    if (warned_.insert(message).second && warn_) {
         warn_(message);
     }
 }

@@ -19,6 +19,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "engine/registry.h"
@@ -81,7 +82,7 @@ class HiveRegistry final : public Registry {
 
     std::vector<KeyPtr> handles_;  // handle i + 1; empty when closed
     std::vector<std::size_t> free_slots_;
-    std::vector<std::string> warned_;
+    std::unordered_set<std::string> warned_;
     std::string upper_scratch_;
     std::vector<std::uint8_t> data_scratch_;
 };
