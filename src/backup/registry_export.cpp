@@ -139,7 +139,8 @@ ExportCount WriteExportTree(Registry& registry, RootKeyHandle root, std::string_
                    reg::kSuccess ||
                status == reg::kMoreData;
              ++index) {
-            if (status == reg::kMoreData) {
+            // No export file can carry a NUL in a name.
+            if (status == reg::kMoreData || value_name.find('\0') != std::string::npos) {
                 ++count.values_missed;
             } else {
                 lines.push_back(ValueLine(value_name, type, data));
@@ -148,6 +149,10 @@ ExportCount WriteExportTree(Registry& registry, RootKeyHandle root, std::string_
         std::vector<std::string> children;
         for (std::uint32_t i = 0; (status = registry.EnumKey(key.get(), i, name)) == reg::kSuccess;
              ++i) {
+            if (name.find('\0') != std::string::npos) {
+                ++count.keys_missed;
+                continue;
+            }
             children.push_back(key_path.empty() ? name : key_path + "\\" + name);
         }
         if (status != reg::kNoMoreItems) {

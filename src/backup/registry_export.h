@@ -18,7 +18,8 @@ namespace regvex::backup {
 struct ExportCount {
     std::size_t keys = 0;
     std::size_t values = 0;
-    // Values the registry could not give whole, and keys it could not open or list.
+    // Values the registry could not give whole, keys it could not open or list, and
+    // names holding a NUL, which no export file can carry (with all below such a key).
     std::size_t values_missed = 0;
     std::size_t keys_missed = 0;
 };

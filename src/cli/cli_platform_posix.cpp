@@ -1,6 +1,8 @@
 #include <unistd.h>
 
 #include "cli/cli_platform.h"
+#include "cli/visible_text.h"
+#include "hive/hive_file.h"
 
 namespace regvex::cli {
 
@@ -13,6 +15,17 @@ class PosixPlatform final : public CliPlatform {
             "this system has no registry of its own; scan registry exports with "
             "--registry FILE.reg";
         return nullptr;
+    }
+    std::unique_ptr<Registry> OpenHive(const std::filesystem::path& file, std::string& error,
+                                       std::ostream& warnings) override {
+        hive::OpenedHive opened = hive::OpenHiveFile(
+            file,
+            [&warnings](std::string_view warning) {
+                warnings << "regvexlor-cli: warning: " << VisibleText(warning) << "\n";
+            },
+            code_page_);
+        error = std::move(opened.error);
+        return std::move(opened.registry);
     }
     std::unique_ptr<FileExistence> SystemFiles() override { return nullptr; }
     const text::AnsiCodePage& AnsiCodePage() override { return code_page_; }

@@ -50,6 +50,8 @@ class HiveRegistry final : public Registry {
     RegStatus EnumValue(KeyHandle key, std::uint32_t index, ValueSlot& value) override;
     RegStatus QueryValue(KeyHandle key, std::string_view name, std::uint32_t& type,
                          std::vector<std::uint8_t>& data) override;
+    RegStatus ReadValue(KeyHandle key, std::uint32_t index, std::string& name, std::uint32_t& type,
+                        std::vector<std::uint8_t>& data) override;
     RegStatus SetValue(KeyHandle key, std::string_view name, std::uint32_t type,
                        std::span<const std::uint8_t> data) override;
     RegStatus DeleteValue(KeyHandle key, std::string_view name) override;
