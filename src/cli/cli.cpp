@@ -10,7 +10,7 @@ namespace {
 
 constexpr const char* kUsage =
     "usage: regvexlor-cli scan --drive C: [--registry FILE.reg]... [--map C:=DIR]...\n"
-    "                          [--ignore FILE]\n"
+    "                          [--wine-prefix DIR] [--ignore FILE]\n"
     "       regvexlor-cli fix --drive C: [--only TEXT] [--ignore FILE] [--map C:=DIR]...\n"
     "       regvexlor-cli backups [restore N | delete N]\n"
     "       regvexlor-cli [scan | fix | backups] --help\n"
@@ -22,6 +22,8 @@ constexpr const char* kUsage =
     "  --drive C:            the drive whose files are checked\n"
     "  --registry FILE.reg   scan this registry export instead of the live registry\n"
     "                        (repeatable: the files are read into one registry)\n"
+    "  --wine-prefix DIR     scan the Wine prefix DIR from its registry files, as a program\n"
+    "                        run in it would; its drives are those of DIR/dosdevices\n"
     "  --map C:=DIR          answer the existence test for drive C: from folder DIR\n"
     "  --ignore FILE         leave out findings whose file path or subkey contains an\n"
     "                        entry of this ignore list (the program's Ignore.txt)\n"

@@ -13,6 +13,7 @@
 #include "cli/progress_line.h"
 #include "cli/unexamined_count.h"
 #include "cli/visible_text.h"
+#include "cli/wine_source.h"
 #include "engine/caching_file_existence.h"
 #include "engine/drive_map.h"
 #include "engine/memory_registry.h"
@@ -235,7 +236,7 @@ bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options
             return true;
         }
         if (option != "--drive" && option != "--registry" && option != "--map" &&
-            option != "--ignore") {
+            option != "--ignore" && option != "--wine-prefix") {
             error = "unknown option \"" + VisibleText(option) + "\"";
             return false;
         }
@@ -262,6 +263,12 @@ bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options
                 return false;
             }
             options.registry_files.push_back(value);
+        } else if (option == "--wine-prefix") {
+            if (!options.wine_prefix.empty() || value.empty()) {
+                error = "--wine-prefix takes one folder";
+                return false;
+            }
+            options.wine_prefix = value;
         } else if (option == "--ignore") {
             if (!options.ignore_file.empty()) {
                 error = "--ignore can be given once";
@@ -289,6 +296,10 @@ bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options
     }
     if (options.scan_drive.empty()) {
         error = "scan needs --drive";
+        return false;
+    }
+    if (!options.wine_prefix.empty() && !options.registry_files.empty()) {
+        error = "--wine-prefix and --registry cannot be mixed: scan one registry at a time";
         return false;
     }
     return true;
@@ -360,6 +371,18 @@ int Search(const ScanOptions& options, Registry& registry, std::ostream* out,
 
 int RunScan(const ScanOptions& options, std::ostream& out, std::ostream& err,
             CliPlatform& platform) {
+    if (!options.wine_prefix.empty()) {
+        // The prefix's own drives first, so that --map still decides.
+        ScanOptions in_prefix = options;
+        in_prefix.drive_folders.clear();
+        auto registry = OpenWinePrefix(options.wine_prefix, err, in_prefix.drive_folders);
+        if (!registry) {
+            return kExitUsage;
+        }
+        in_prefix.drive_folders.insert(in_prefix.drive_folders.end(), options.drive_folders.begin(),
+                                       options.drive_folders.end());
+        return Search(in_prefix, *registry, &out, nullptr, err, platform);
+    }
     auto registry = LoadRegistry(options, err, platform);
     if (!registry) {
         return kExitUsage;

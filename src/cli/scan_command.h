@@ -15,6 +15,7 @@ namespace regvex::cli {
 struct ScanOptions {
     std::string scan_drive;  // "C:\"
     std::vector<std::string> registry_files;
+    std::string wine_prefix;  // a Wine prefix's folder, read from its files; empty for none
     std::vector<std::pair<char, std::string>> drive_folders;  // drive letter, folder
     std::string ignore_file;  // an ignore list, as the program keeps it; empty for none
     bool help = false;        // the usage was asked for; nothing else was read
