@@ -147,6 +147,7 @@ class FileReader {
         }
     }
 
+    // "[]" is the file's root itself, which holds values too.
     void ReadKey(std::size_t pos) {
         seen_key_ = true;
         key_ = nullptr;
@@ -157,7 +158,6 @@ class FileReader {
         const std::string path = contents_.root + "\\" + text::Utf16ToUtf8(units);
         WineKey* key = &top_;
         std::size_t start = 0;
-        bool named = false;
         while (start <= path.size()) {
             const std::size_t end = std::min(path.find('\\', start), path.size());
             const std::string_view name = std::string_view(path).substr(start, end - start);
@@ -166,20 +166,13 @@ class FileReader {
                     throw BadLine{"a key name is longer than 255 characters"};
                 }
                 key = &key->Child(name);
-                named = start > contents_.root.size();
             }
             start = end + 1;
-        }
-        if (!named) {
-            throw BadLine{"the key has no name"};
         }
         key_ = key;
     }
 
     void ReadValue(std::size_t pos) {
-        if (key_ == nullptr) {
-            throw BadLine{"a value outside any key"};
-        }
         WineValue value;
         if (line_[pos] == '@') {
             ++pos;
@@ -198,7 +191,11 @@ class FileReader {
         }
         ++pos;
         SkipBlanks(line_, pos);
+        // Read whole even without a key, so that its continued lines go with it.
         ReadData(pos, value);
+        if (key_ == nullptr) {
+            throw BadLine{"a value outside any key"};
+        }
         key_->SetValue(std::move(value));
     }
 

@@ -84,12 +84,14 @@ TEST(WineRegistryFile, ReadsEveryEscapeAndFormOfData) {
 TEST(WineRegistryFile, KeyNamesUnescapeAndSplitBelowTheFilesRoot) {
     const auto read = ReadText(
         "WINE REGISTRY Version 2\n;; All keys relative to REGISTRY\\\\User\\\\S-1-5-21-0-0-0-1000\n"
-        "#arch=win64\n\n[Software\\\\A\\[1\\]\\\\\\x00e9] 1795390907\n\"v\"=\"1\"\n");
+        "#arch=win64\n\n[Software\\\\A\\[1\\]\\\\\\x00e9] 1795390907\n\"v\"=\"1\"\n"
+        "[] 1795390907\n\"in root\"=\"2\"\n");
     ASSERT_FALSE(read->refused);
     EXPECT_EQ(read->contents.root, "User\\S-1-5-21-0-0-0-1000");
     const WineKey* key = KeyAt(*read, "User\\S-1-5-21-0-0-0-1000\\Software\\A[1]\\\xC3\xA9");
     ASSERT_NE(key, nullptr);
     EXPECT_EQ(key->values.size(), 1u);
+    EXPECT_EQ(KeyAt(*read, "User\\S-1-5-21-0-0-0-1000")->values.size(), 1u);
 }
 
 TEST(WineRegistryFile, SkipsBadLinesAsWineDoesAndNamesThem) {
@@ -108,7 +110,6 @@ TEST(WineRegistryFile, SkipsBadLinesAsWineDoesAndNamesThem) {
         {R"("v"="x" trailing)", "unexpected text"},
         {"garbage", "neither a key"},
         {"[Unclosed", "no closing \"]\""},
-        {"[]", "no name"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.line);
@@ -122,8 +123,10 @@ TEST(WineRegistryFile, SkipsBadLinesAsWineDoesAndNamesThem) {
         ASSERT_NE(KeyAt(*read, "Machine\\Next"), nullptr);
         EXPECT_EQ(KeyAt(*read, "Machine\\Next")->values.size(), 1u);
     }
-    // Values after a key line that could not be read belong to no key.
-    const auto orphans = ReadText(std::string(kHeader) + "[Broken\n\"a\"=\"1\"\n\"b\"=\"2\"\n");
+    // Values after a key line that could not be read belong to no key; their continued
+    // lines go with them.
+    const auto orphans =
+        ReadText(std::string(kHeader) + "[Broken\n\"a\"=\"1\"\n\"b\"=hex:01,\\\n  02\n");
     EXPECT_EQ(orphans->contents.bad_lines.size(), 3u);
 }
 
