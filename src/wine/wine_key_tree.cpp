@@ -27,24 +27,59 @@ bool StartsWithCaseless(std::string_view text, std::string_view upper_prefix) {
     return true;
 }
 
+// Wine's name order form of `name`, into a buffer kept for the thread.
+const std::u16string& OrderForm(std::string_view name) {
+    thread_local std::u16string form;
+    form = WineOrderForm(name);
+    return form;
+}
+
+// One step of a path: the child `name` of `key`, with a link followed.
+const WineKey* Step(const WineKey& top, const WineKey& key, std::string_view name, int& links) {
+    const WineKey* child = key.FindChild(name);
+    if (child == nullptr || !child->link) {
+        return child;
+    }
+    const std::optional<std::string> target = child->LinkTarget();
+    if (++links > kMaxLinksFollowed || !target || !StartsWithCaseless(*target, kKernelRoot)) {
+        return nullptr;
+    }
+    const WineKey* reached = &top;
+    const std::string_view rest = std::string_view(*target).substr(kKernelRoot.size());
+    for (std::size_t start = 0; reached != nullptr && start <= rest.size();) {
+        const std::size_t end = std::min(rest.find('\\', start), rest.size());
+        if (end > start) {
+            reached = Step(top, *reached, rest.substr(start, end - start), links);
+        }
+        start = end + 1;
+    }
+    return reached;
+}
+
 }  // namespace
 
 WineKey& WineKey::Child(std::string_view child_name) {
-    auto& slot = children[WineOrderForm(child_name)];
-    if (!slot) {
-        slot = std::make_unique<WineKey>();
-        slot->name = std::string(child_name);
+    const std::u16string& form = OrderForm(child_name);
+    auto found = children.find(form);
+    if (found == children.end()) {
+        auto key = std::make_unique<WineKey>();
+        key->name = std::string(child_name);
+        key->order_form = form;
+        found = children.emplace(form, std::move(key)).first;
     }
-    return *slot;
+    return *found->second;
 }
 
 const WineKey* WineKey::FindChild(std::string_view child_name) const {
-    const auto found = children.find(WineOrderForm(child_name));
-    return found == children.end() ? nullptr : found->second.get();
+    const std::u16string& form = OrderForm(child_name);
+    const auto found = std::lower_bound(
+        ordered.begin(), ordered.end(), form,
+        [](const WineKey* key, const std::u16string& wanted) { return key->order_form < wanted; });
+    return found != ordered.end() && (*found)->order_form == form ? *found : nullptr;
 }
 
 const WineValue* WineKey::FindValue(std::string_view value_name) const {
-    const std::u16string form = WineOrderForm(value_name);
+    const std::u16string& form = OrderForm(value_name);
     const auto found = std::lower_bound(values.begin(), values.end(), form,
                                         [](const WineValue& value, const std::u16string& wanted) {
                                             return value.order_form < wanted;
@@ -91,34 +126,36 @@ std::optional<std::string> WineKey::LinkTarget() const {
 }
 
 const WineKey* ResolveWinePath(const WineKey& top, std::string_view path) {
-    std::string pending(path);
-    int links_followed = 0;
-    const WineKey* key = &top;
-    std::size_t start = 0;
-    while (start < pending.size()) {
-        const std::size_t end = std::min(pending.find('\\', start), pending.size());
-        const std::string_view name = std::string_view(pending).substr(start, end - start);
+    return WinePathResolver(top).Resolve(path);
+}
+
+const WineKey* WinePathResolver::Resolve(std::string_view path) {
+    // The names this path shares with the last one, whole.
+    std::size_t shared = 0;
+    const std::size_t common = std::min(path.size(), last_path_.size());
+    while (shared < reached_.size() && reached_[shared].first <= common &&
+           path.compare(0, reached_[shared].first, last_path_, 0, reached_[shared].first) == 0 &&
+           (reached_[shared].first == path.size() || path[reached_[shared].first] == '\\')) {
+        ++shared;
+    }
+    reached_.resize(shared);
+    last_path_.assign(path);
+    const WineKey* key = shared == 0 ? &top_ : reached_.back().second;
+    std::size_t start = shared == 0 ? 0 : reached_.back().first + 1;
+    int links = 0;
+    while (key != nullptr && start <= path.size()) {
+        const std::size_t end = std::min(path.find('\\', start), path.size());
+        if (end > start) {
+            key = Step(top_, *key, path.substr(start, end - start), links);
+            if (key != nullptr) {
+                reached_.emplace_back(end, key);
+            }
+        }
         start = end + 1;
-        if (name.empty()) {
-            continue;
-        }
-        key = key->FindChild(name);
-        if (key == nullptr) {
-            return nullptr;
-        }
-        if (!key->link) {
-            continue;
-        }
-        const std::optional<std::string> target = key->LinkTarget();
-        if (++links_followed > kMaxLinksFollowed || !target ||
-            !StartsWithCaseless(*target, kKernelRoot)) {
-            return nullptr;
-        }
-        // Start again from the top: the target, then what is left of the path.
-        std::string rest = start < pending.size() ? pending.substr(start) : std::string();
-        pending = target->substr(kKernelRoot.size()) + "\\" + rest;
-        start = 0;
-        key = &top;
+    }
+    if (key == nullptr) {
+        // What was reached before the missing name still holds.
+        last_path_.resize(reached_.empty() ? 0 : reached_.back().first);
     }
     return key;
 }

@@ -18,17 +18,20 @@ struct WineValue {
     std::u16string order_form;  // see WineOrderForm
     std::uint32_t type = 0;
     std::vector<std::uint8_t> data;  // text types as UTF-8 with their NULs
+    bool fits = true;                // name and data fit the scan's buffers
 };
 
 struct WineKey {
     std::string name;
+    std::u16string order_form;
+    bool name_fits = true;                                        // fits the scan's buffer
     std::map<std::u16string, std::unique_ptr<WineKey>> children;  // by order form
     std::vector<WineValue> values;  // in Wine's order once Finish has run
     // Set by a "#link" line: opening the key opens the kernel path its SymbolicLinkValue
     // names.
     bool link = false;
 
-    // After Finish: the children in order, for enumeration by index.
+    // After Finish: the children in order, for enumeration by index and lookup.
     std::vector<WineKey*> ordered;
 
     // The child of that name, made when missing.
@@ -45,7 +48,21 @@ struct WineKey {
 
 // Follows `path` ("Machine\Software\..." below \Registry, separators '\') from `top` as
 // Wine's server does: every link on the way is followed, the last key's too, at most 16
-// times in all. Null when a key is missing or a link leads nowhere.
+// times in all. Null when a key is missing or a link leads nowhere. After Finish.
 const WineKey* ResolveWinePath(const WineKey& top, std::string_view path);
+
+// The same, for paths that come in walk order: each path starts from the key of the
+// longest leading part it shares with the path before it.
+class WinePathResolver {
+  public:
+    explicit WinePathResolver(const WineKey& top) : top_(top) {}
+    const WineKey* Resolve(std::string_view path);
+
+  private:
+    const WineKey& top_;
+    std::string last_path_;
+    // The key reached after each name of the last path, and where that name ends.
+    std::vector<std::pair<std::size_t, const WineKey*>> reached_;
+};
 
 }  // namespace regvex::wine

@@ -13,11 +13,31 @@ bool FitsNameBuffer(std::string_view name) {
     return text::Utf16Length(name) < reg::kNameBufferChars;
 }
 
+// Measured once, not at every enumeration. Text data is measured as the byte-string
+// call that the scan was designed around measures it: in the ANSI code page.
+void MeasureForTheScan(WineKey& key, const text::AnsiCodePage& ansi) {
+    key.name_fits = FitsNameBuffer(key.name);
+    for (WineValue& value : key.values) {
+        const std::size_t measured =
+            reg::IsTextType(value.type)
+                ? ansi.AnsiLength(std::string_view(reinterpret_cast<const char*>(value.data.data()),
+                                                   value.data.size()))
+                : value.data.size();
+        value.fits = FitsNameBuffer(value.name) && measured <= reg::kDataBufferBytes &&
+                     value.data.size() <= reg::kDataSlotBytes;
+    }
+    for (WineKey* child : key.ordered) {
+        MeasureForTheScan(*child, ansi);
+    }
+}
+
 }  // namespace
 
 WineRegistry::WineRegistry(std::unique_ptr<WineKey> top, std::string user_path,
                            const text::AnsiCodePage& ansi)
-    : top_(std::move(top)), user_path_(std::move(user_path)), ansi_(ansi) {}
+    : top_(std::move(top)), user_path_(std::move(user_path)), ansi_(ansi), resolver_(*top_) {
+    MeasureForTheScan(*top_, ansi_);
+}
 
 RegStatus WineRegistry::OpenKey(RootKeyHandle root, std::string_view path, AccessMask,
                                 KeyHandle& key) {
@@ -48,7 +68,7 @@ RegStatus WineRegistry::OpenKey(RootKeyHandle root, std::string_view path, Acces
         path_scratch_.push_back('\\');
         path_scratch_.append(path);
     }
-    const WineKey* found = ResolveWinePath(*top_, path_scratch_);
+    const WineKey* found = resolver_.Resolve(path_scratch_);
     if (found == nullptr) {
         return reg::kFileNotFound;
     }
@@ -91,11 +111,11 @@ RegStatus WineRegistry::EnumKey(KeyHandle key, std::uint32_t index, std::string&
     if (index >= node->ordered.size()) {
         return reg::kNoMoreItems;
     }
-    const std::string& found = node->ordered[index]->name;
-    if (!FitsNameBuffer(found)) {
+    const WineKey& found = *node->ordered[index];
+    if (!found.name_fits) {
         return reg::kMoreData;
     }
-    name.assign(found);
+    name.assign(found.name);
     return reg::kSuccess;
 }
 
@@ -108,13 +128,7 @@ RegStatus WineRegistry::EnumValue(KeyHandle key, std::uint32_t index, ValueSlot&
         return reg::kNoMoreItems;
     }
     const WineValue& stored = node->values[index];
-    const std::size_t measured =
-        reg::IsTextType(stored.type)
-            ? ansi_.AnsiLength(std::string_view(reinterpret_cast<const char*>(stored.data.data()),
-                                                stored.data.size()))
-            : stored.data.size();
-    if (!FitsNameBuffer(stored.name) || measured > reg::kDataBufferBytes ||
-        stored.data.size() > value.data.size()) {
+    if (!stored.fits) {
         return reg::kMoreData;
     }
     value.name.assign(stored.name);

@@ -48,6 +48,7 @@ class WineRegistry final : public Registry {
     std::unique_ptr<WineKey> top_;
     std::string user_path_;
     const text::AnsiCodePage& ansi_;
+    WinePathResolver resolver_;
     std::vector<const WineKey*> handles_;  // handle i + 1; null when closed
     std::vector<std::size_t> free_slots_;
     std::string path_scratch_;

@@ -61,11 +61,6 @@ std::uint32_t ReadHex32(std::string_view line, std::size_t& pos, std::string_vie
     return value;
 }
 
-std::vector<std::uint8_t> Utf8Bytes(const std::u16string& units) {
-    const std::string utf8 = text::Utf16ToUtf8(units);
-    return {utf8.begin(), utf8.end()};
-}
-
 class FileReader {
   public:
     FileReader(std::istream& in, WineKey& top, WineFileContents& contents)
@@ -147,28 +142,39 @@ class FileReader {
         }
     }
 
-    // "[]" is the file's root itself, which holds values too.
+    // "[]" is the file's root itself, which holds values too. The keys of a file come in
+    // order, so each starts from the longest leading part it shares with the one before.
     void ReadKey(std::size_t pos) {
         seen_key_ = true;
         key_ = nullptr;
-        std::u16string units;
-        if (!ReadEscapedText(line_, pos, ']', units)) {
+        if (!ReadEscapedUtf8(line_, pos, ']', name_)) {
             throw BadLine{"the key name has no closing \"]\""};
         }
-        const std::string path = contents_.root + "\\" + text::Utf16ToUtf8(units);
-        WineKey* key = &top_;
-        std::size_t start = 0;
-        while (start <= path.size()) {
-            const std::size_t end = std::min(path.find('\\', start), path.size());
-            const std::string_view name = std::string_view(path).substr(start, end - start);
+        path_.assign(contents_.root).append("\\").append(name_);
+        std::size_t shared = 0;
+        while (shared < made_.size() && made_[shared].first <= path_.size() &&
+               path_.compare(0, made_[shared].first, last_path_, 0, made_[shared].first) == 0 &&
+               (made_[shared].first == path_.size() || path_[made_[shared].first] == '\\')) {
+            ++shared;
+        }
+        made_.resize(shared);
+        WineKey* key = shared == 0 ? &top_ : made_.back().second;
+        std::size_t start = shared == 0 ? 0 : made_.back().first + 1;
+        while (start <= path_.size()) {
+            const std::size_t end = std::min(path_.find('\\', start), path_.size());
+            const std::string_view name = std::string_view(path_).substr(start, end - start);
             if (!name.empty()) {
                 if (text::Utf16Length(name) > reg::kMaxKeyNameChars) {
+                    last_path_.clear();
+                    made_.clear();
                     throw BadLine{"a key name is longer than 255 characters"};
                 }
                 key = &key->Child(name);
+                made_.emplace_back(end, key);
             }
             start = end + 1;
         }
+        last_path_.swap(path_);
         key_ = key;
     }
 
@@ -177,13 +183,11 @@ class FileReader {
         if (line_[pos] == '@') {
             ++pos;
         } else {
-            std::u16string name;
             ++pos;
-            if (!ReadEscapedText(line_, pos, '"', name)) {
+            if (!ReadEscapedUtf8(line_, pos, '"', value.name)) {
                 throw BadLine{"the value name has no closing quote"};
             }
             ++pos;
-            value.name = text::Utf16ToUtf8(name);
         }
         SkipBlanks(line_, pos);
         if (pos == line_.size() || line_[pos] != '=') {
@@ -246,20 +250,31 @@ class FileReader {
 
     // Stored as the server stores it: UTF-16 with a terminating NUL.
     void ReadString(std::size_t pos, WineValue& value) {
-        std::u16string units;
-        if (!ReadEscapedText(line_, pos, '"', units)) {
+        if (!ReadEscapedUtf8(line_, pos, '"', name_)) {
             throw BadLine{"the string has no closing quote"};
         }
         CheckLineEnd(pos + 1);
-        units.push_back(u'\0');
-        value.data = Utf8Bytes(units);
+        value.data.reserve(name_.size() + 1);
+        value.data.assign(name_.begin(), name_.end());
+        value.data.push_back(0);
     }
 
     // Comma-separated bytes; a line ending in a backslash goes on in the next line.
     void ReadHexBytes(std::size_t pos, WineValue& value) {
-        std::vector<std::uint8_t> bytes;
+        std::vector<std::uint8_t>& bytes = value.data;
+        bytes.reserve((line_.size() - pos) / 3 + 1);
         bool expect_byte = true;
         while (true) {
+            // The usual form, "hh," at a time.
+            while (expect_byte && pos + 2 < line_.size() && line_[pos + 2] == ',') {
+                const int high = HexDigit(line_[pos]);
+                const int low = HexDigit(line_[pos + 1]);
+                if (high < 0 || low < 0) {
+                    break;
+                }
+                bytes.push_back(static_cast<std::uint8_t>(high * 16 + low));
+                pos += 3;
+            }
             SkipBlanks(line_, pos);
             if (pos == line_.size()) {
                 break;
@@ -270,6 +285,7 @@ class FileReader {
                     throw BadLine{"the file ends inside a value's data"};
                 }
                 pos = 0;
+                SkipBlanks(line_, pos);
                 continue;
             }
             if (!expect_byte) {
@@ -295,9 +311,7 @@ class FileReader {
         if (reg::IsTextType(value.type)) {
             const std::string utf8 = Utf8FromUtf16Bytes(
                 std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
-            value.data.assign(utf8.begin(), utf8.end());
-        } else {
-            value.data = std::move(bytes);
+            bytes.assign(utf8.begin(), utf8.end());
         }
     }
 
@@ -308,6 +322,11 @@ class FileReader {
     std::size_t line_number_ = 0;
     bool seen_key_ = false;
     WineKey* key_ = nullptr;
+    std::string name_;  // scratch for names and strings
+    std::string path_;
+    std::string last_path_;
+    // The key made for each name of the last key's path, and where that name ends.
+    std::vector<std::pair<std::size_t, WineKey*>> made_;
 };
 
 }  // namespace

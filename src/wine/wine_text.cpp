@@ -125,6 +125,23 @@ bool ReadEscapedText(std::string_view line, std::size_t& pos, char end_char, std
     return pos < line.size();
 }
 
+bool ReadEscapedUtf8(std::string_view line, std::size_t& pos, char end_char, std::string& out) {
+    // Most names and strings are plain ASCII without escapes, and are their own UTF-8.
+    const std::size_t end = line.find(end_char, pos);
+    if (end != std::string_view::npos) {
+        const std::string_view plain = line.substr(pos, end - pos);
+        if (plain.find('\\') == std::string_view::npos && text::IsAscii(plain)) {
+            out.assign(plain);
+            pos = end;
+            return true;
+        }
+    }
+    std::u16string units;
+    const bool ended = ReadEscapedText(line, pos, end_char, units);
+    out = text::Utf16ToUtf8(units);
+    return ended;
+}
+
 std::string Utf8FromUtf16Bytes(std::string_view bytes) {
     std::u16string units;
     units.reserve((bytes.size() + 1) / 2);
@@ -138,6 +155,14 @@ std::string Utf8FromUtf16Bytes(std::string_view bytes) {
 
 std::u16string WineOrderForm(std::string_view utf8_name) {
     static const auto lower = std::make_unique<LowerCaseTable>();
+    if (text::IsAscii(utf8_name)) {
+        std::u16string form(utf8_name.size(), u'\0');
+        for (std::size_t i = 0; i < utf8_name.size(); ++i) {
+            const char c = utf8_name[i];
+            form[i] = static_cast<char16_t>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+        }
+        return form;
+    }
     std::u16string form = text::Utf8ToUtf16(utf8_name);
     for (char16_t& unit : form) {
         unit = (*lower)(unit);

@@ -16,6 +16,9 @@ namespace regvex::wine {
 // without a terminator; false when the text ends before `end_char`.
 bool ReadEscapedText(std::string_view line, std::size_t& pos, char end_char, std::u16string& out);
 
+// The same, as UTF-8 (unpaired surrogates become U+FFFD).
+bool ReadEscapedUtf8(std::string_view line, std::size_t& pos, char end_char, std::string& out);
+
 // UTF-16 code units (a lone trailing byte as a unit of its own) as UTF-8.
 std::string Utf8FromUtf16Bytes(std::string_view bytes);
 
