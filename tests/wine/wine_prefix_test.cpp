@@ -54,13 +54,6 @@ class WinePrefixTest : public ::testing::Test {
             prefix_.path() / "userdef.reg",
             "WINE REGISTRY Version 2\n;; All keys relative to REGISTRY\\\\User\\\\.Default\n\n"
             "[Control Panel] 1\n\"x\"=\"1\"\n");
-        fs::create_directories(prefix_.path() / "drive_c" / "windows");
-        fs::create_directories(prefix_.path() / "dosdevices");
-        fs::create_directory_symlink("../drive_c", prefix_.path() / "dosdevices" / "c:");
-        fs::create_directory_symlink("/", prefix_.path() / "dosdevices" / "Z:");
-        fs::create_directory_symlink("/no/such/folder", prefix_.path() / "dosdevices" / "e:");
-        fs::create_symlink("/dev/null", prefix_.path() / "dosdevices" / "d::");
-        fs::create_symlink("/dev/ttyS0", prefix_.path() / "dosdevices" / "com1");
     }
 
     std::string Dump(Registry& registry, RootKeyHandle root) {
@@ -112,15 +105,6 @@ TEST_F(WinePrefixTest, PresentsTheRootsAsWineDoes) {
               reg::kSuccess);
     const std::uint8_t data[] = {1};
     EXPECT_EQ(registry.SetValue(key.get(), "x", reg::kBinary, data), reg::kAccessDenied);
-}
-
-TEST_F(WinePrefixTest, AnswersDrivesFromDosdevices) {
-    const auto drives = WinePrefixDrives(prefix_.path());
-    ASSERT_EQ(drives.size(), 2u);
-    EXPECT_EQ(drives[0].first, 'C');
-    EXPECT_TRUE(fs::is_directory(drives[0].second / "windows"));
-    EXPECT_EQ(drives[1].first, 'Z');
-    EXPECT_EQ(fs::canonical(drives[1].second), fs::path("/"));
 }
 
 TEST_F(WinePrefixTest, NeedsSystemRegAndReadsMissingUserFilesAsEmpty) {
