@@ -2,23 +2,23 @@
 // The main window's surroundings, faked: its controls in memory, a pump that runs
 // scripted clicks while a scan is inside the search, and services that record calls.
 
+#include <gtest/gtest.h>
+
 #include <functional>
 #include <map>
-#include <set>
 #include <string>
 #include <vector>
 
 #include "engine/memory_registry.h"
 #include "support/memory_controls.h"
 #include "support/scripted_services.h"
+#include "support/search_doubles.h"
 #include "support/system_doubles.h"
 #include "ui/frm_main.h"
 #include "ui/ignore/ignore_window.h"
 #include "ui/task_pane_keys.h"
 
 namespace regvex::testing {
-
-struct ProcessEnded {};
 
 class ScriptedPump final : public ui::MessagePump {
   public:
@@ -33,18 +33,6 @@ class ScriptedPump final : public ui::MessagePump {
     std::map<int, std::function<void()>> at_pump;
 };
 
-class RecordingShell final : public ui::Shell {
-  public:
-    void OpenUrl(std::string_view url) override { urls.emplace_back(url); }
-    bool ShowHelp(std::string_view path) override {
-        help.emplace_back(path);
-        return help_available;
-    }
-    std::vector<std::string> urls;
-    std::vector<std::string> help;
-    bool help_available = true;
-};
-
 class FixedScreen final : public ui::Screen {
   public:
     ui::ScreenMetrics Metrics() override { return metrics; }
@@ -57,12 +45,6 @@ class FakeSystem final : public system::SystemInfo {
     std::uint16_t NativeProcessorArchitecture() override { return architecture; }
     system::OsVersion version{6, 1};
     std::uint16_t architecture = 0;  // x86
-};
-
-class SetOfFiles final : public FileExistence {
-  public:
-    int Check(const std::string& path) override { return present.count(path) != 0 ? 1 : 0; }
-    std::set<std::string> present;
 };
 
 class RecordingRedirection final : public system::FileSystemRedirection {
@@ -134,8 +116,13 @@ class RecordingView final : public ui::MainView {
     int pauses = 0;
 };
 
-// A main window with everything around it.
+// A main window with everything around it, in a program folder that exists.
 struct MainWindowRig {
+    MainWindowRig() {
+        state.program_folder = "C:\\App";
+        disk.folders.insert(state.program_folder);
+    }
+
     MemoryWindow form;
     MemoryCaption frame1{"Registry Scan"};
     MemoryCaption frame2{"Restore Backups"};
@@ -174,6 +161,10 @@ struct MainWindowRig {
                          disk, processes, code_page, ignore, view},
         state};
 
+    void AddFinding(std::string root, std::string sub_key, std::string value, bool checked) {
+        errors.AddRow({"Invalid Entry", std::move(root), std::move(sub_key), std::move(value)});
+        errors.rows.back().checked = checked;
+    }
     std::vector<std::vector<std::string>> Rows() const {
         std::vector<std::vector<std::string>> rows;
         for (const auto& row : errors.rows) {
@@ -181,6 +172,15 @@ struct MainWindowRig {
         }
         return rows;
     }
+};
+
+struct LoadedMainWindowRig : MainWindowRig {
+    LoadedMainWindowRig() { main.Form_Load(); }
+};
+
+class MainWindowTest : public ::testing::Test {
+  protected:
+    LoadedMainWindowRig rig;
 };
 
 }  // namespace regvex::testing
