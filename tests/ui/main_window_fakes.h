@@ -116,13 +116,8 @@ class RecordingView final : public ui::MainView {
     int pauses = 0;
 };
 
-// A main window with everything around it, in a program folder that exists.
-struct MainWindowRig {
-    MainWindowRig() {
-        state.program_folder = "C:\\App";
-        disk.folders.insert(state.program_folder);
-    }
-
+// The main window's controls in memory, as the form designer left them.
+struct MainWindowControls {
     MemoryWindow form;
     MemoryCaption frame1{"Registry Scan"};
     MemoryCaption frame2{"Restore Backups"};
@@ -137,6 +132,30 @@ struct MainWindowRig {
     MemoryProgressBar progress;
     MemoryCaption label21;
     MemoryCaption menu_start_stop{"&Start Scan"};
+
+    ui::MainControls Controls() {
+        return {form,   frame1,      frame2, option1, option2,  drive,   start_stop,
+                status, current_key, errors, backups, progress, label21, menu_start_stop};
+    }
+    void AddFinding(std::string root, std::string sub_key, std::string value, bool checked) {
+        errors.AddRow({"Invalid Entry", std::move(root), std::move(sub_key), std::move(value)});
+        errors.rows.back().checked = checked;
+    }
+    std::vector<std::vector<std::string>> Rows() const {
+        std::vector<std::vector<std::string>> rows;
+        for (const auto& row : errors.rows) {
+            rows.push_back(row.texts);
+        }
+        return rows;
+    }
+};
+
+// A main window with everything around it, in a program folder that exists.
+struct MainWindowRig : MainWindowControls {
+    MainWindowRig() {
+        state.program_folder = "C:\\App";
+        disk.folders.insert(state.program_folder);
+    }
 
     ScriptedDialogs dialogs;
     ScriptedClock clock;
@@ -154,24 +173,10 @@ struct MainWindowRig {
     RecordingView view;
     ui::ProgramState state;
 
-    ui::frmMain main{
-        ui::MainControls{form, frame1, frame2, option1, option2, drive, start_stop, status,
-                         current_key, errors, backups, progress, label21, menu_start_stop},
-        ui::MainServices{dialogs, clock, pump, shell, screen, system, registry, files, redirection,
-                         disk, processes, code_page, ignore, view},
-        state};
-
-    void AddFinding(std::string root, std::string sub_key, std::string value, bool checked) {
-        errors.AddRow({"Invalid Entry", std::move(root), std::move(sub_key), std::move(value)});
-        errors.rows.back().checked = checked;
-    }
-    std::vector<std::vector<std::string>> Rows() const {
-        std::vector<std::vector<std::string>> rows;
-        for (const auto& row : errors.rows) {
-            rows.push_back(row.texts);
-        }
-        return rows;
-    }
+    ui::frmMain main{Controls(),
+                     ui::MainServices{dialogs, clock, pump, shell, screen, system, registry, files,
+                                      redirection, disk, processes, code_page, ignore, view},
+                     state};
 };
 
 struct LoadedMainWindowRig : MainWindowRig {
