@@ -150,6 +150,13 @@ struct MainWindowControls {
     }
 };
 
+// The services of a rig that names them as the main window does.
+template <class Rig>
+ui::MainServices ServicesOf(Rig& r) {
+    return {r.dialogs, r.clock,       r.pump, r.shell,     r.screen,    r.system, r.registry,
+            r.files,   r.redirection, r.disk, r.processes, r.code_page, r.ignore, r.view};
+}
+
 // A main window with everything around it, in a program folder that exists.
 struct MainWindowRig : MainWindowControls {
     MainWindowRig() {
@@ -173,10 +180,7 @@ struct MainWindowRig : MainWindowControls {
     RecordingView view;
     ui::ProgramState state;
 
-    ui::frmMain main{Controls(),
-                     ui::MainServices{dialogs, clock, pump, shell, screen, system, registry, files,
-                                      redirection, disk, processes, code_page, ignore, view},
-                     state};
+    ui::frmMain main{Controls(), ServicesOf(*this), state};
 };
 
 struct LoadedMainWindowRig : MainWindowRig {

@@ -57,10 +57,7 @@ struct RealProgramRig : MainWindowControls {
     RecordingView view;
     ui::ProgramState state;
 
-    ui::frmMain main{Controls(),
-                     ui::MainServices{dialogs, clock, pump, shell, screen, system, registry, files,
-                                      redirection, disk, processes, code_page, ignore, view},
-                     state};
+    ui::frmMain main{Controls(), ServicesOf(*this), state};
 
     // Checks exactly the findings of HKEY_CURRENT_USER below `path`; answers how many.
     int CheckFindingsBelow(const std::string& path) {
