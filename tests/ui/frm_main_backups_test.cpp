@@ -92,12 +92,6 @@ TEST(Fix, ABackupThatCannotBeWrittenDeletesNothing) {
     EXPECT_TRUE(rig.dialogs.shown.empty());
 }
 
-TEST(Fix, TheDeleteTaskRunsTheFix) {
-    LoadedMainWindowRig rig;
-    rig.main.TaskPane_ItemClick(kDeleteTask);
-    EXPECT_EQ(rig.disk.files.size(), 1u);
-}
-
 TEST(BackupList, NumbersDatesAndSizesTheBackupsAndTagsTheirNames) {
     LoadedMainWindowRig rig;
     AddBackupFile(rig, "Backup (9-30-2013 1.00.00 PM).reg", 1023);

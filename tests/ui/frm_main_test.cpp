@@ -102,6 +102,9 @@ TEST_F(MainWindowTest, EachTaskKeyDoesWhatTheTaskPaneSays) {
     EXPECT_TRUE(rig.errors.Checked(0) && rig.errors.Checked(1));
     rig.main.TaskPane_ItemClick(kUncheckTask);
     EXPECT_FALSE(rig.errors.Checked(0) || rig.errors.Checked(1));
+    rig.main.TaskPane_ItemClick(kDeleteTask);  // the fix, backing up nothing
+    EXPECT_EQ(rig.disk.files.size(), 1u);
+    rig.dialogs.shown.clear();
 
     rig.main.TaskPane_ItemClick(kLikeTask);
     EXPECT_EQ(rig.shell.urls.size(), 1u);
