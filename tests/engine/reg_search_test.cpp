@@ -303,39 +303,44 @@ TEST_F(FailureTest, AFailureAmongValuesEndsTheSearchWithItsNumber) {
     }
 }
 
-// The first enumeration inside A (its subkey Deep) fails.
-TEST_F(FailureTest, A438AmongSubkeysEndsOnlyThatKeyAndLeavesItOpenOthersEndTheSearch) {
-    const struct {
-        FailureCase failure;
-        std::vector<std::string> data;
-        std::size_t open_handles;
-    } cases[] = {
-        {{"out of memory", [] { throw std::bad_alloc(); }, 7}, {"C:\\a0.exe", "C:\\a1.exe"}, 0},
-        // Last: the key it leaves open stays open.
-        {{"438", [] { throw RunTimeError(438, "no such method"); }, 0},
-         {"C:\\a0.exe", "C:\\a1.exe", "C:\\b.exe", "C:\\c.exe"},
-         1},
-    };
-    for (const auto& c : cases) {
-        FaultyRegistry faulty(registry);
-        RecordingEvents sink;
-        cRegSearch search(faulty, host, sink, reg::kKeyAllAccess);
-        ConfigureDriveScan(search);
-        int enum_key_calls = 0;
-        faulty.on_enum_key = [&](std::uint32_t) {
-            if (++enum_key_calls == 3) {
-                c.failure.raise();
-            }
-        };
-        search.DoSearch();
-        std::vector<std::string> data;
-        for (const FoundEvent& e : sink.found) {
-            data.push_back(e.value);
+TEST_F(FailureTest, A438AmongSubkeysEndsOnlyThatKeyAndLeavesItOpen) {
+    FaultyRegistry faulty(registry);
+    cRegSearch search(faulty, host, events, reg::kKeyAllAccess);
+    ConfigureDriveScan(search);
+    // The first enumeration inside A (its subkey Deep) fails.
+    int enum_key_calls = 0;
+    faulty.on_enum_key = [&](std::uint32_t) {
+        if (++enum_key_calls == 3) {
+            throw RunTimeError(438, "no such method");
         }
-        EXPECT_EQ(data, c.data) << c.failure.name;
-        EXPECT_EQ(sink.finished, std::vector<std::int32_t>{c.failure.reason}) << c.failure.name;
-        EXPECT_EQ(registry.OpenHandleCount(), c.open_handles) << c.failure.name;
+    };
+    search.DoSearch();
+
+    std::vector<std::string> data;
+    for (const FoundEvent& e : events.found) {
+        data.push_back(e.value);
     }
+    EXPECT_EQ(data,
+              (std::vector<std::string>{"C:\\a0.exe", "C:\\a1.exe", "C:\\b.exe", "C:\\c.exe"}));
+    EXPECT_EQ(events.finished, std::vector<std::int32_t>{0});
+    EXPECT_EQ(registry.OpenHandleCount(), 1u);
+}
+
+TEST_F(FailureTest, OtherFailuresAmongSubkeysEndTheSearchAndCloseTheKey) {
+    FaultyRegistry faulty(registry);
+    cRegSearch search(faulty, host, events, reg::kKeyAllAccess);
+    ConfigureDriveScan(search);
+    int enum_key_calls = 0;
+    faulty.on_enum_key = [&](std::uint32_t) {
+        if (++enum_key_calls == 3) {
+            throw std::bad_alloc();
+        }
+    };
+    search.DoSearch();
+
+    EXPECT_EQ(events.found.size(), 2u);  // A's values; nothing of Deep, B or C
+    EXPECT_EQ(events.finished, std::vector<std::int32_t>{7});
+    EXPECT_EQ(registry.OpenHandleCount(), 0u);
 }
 
 }  // namespace
