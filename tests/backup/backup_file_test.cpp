@@ -63,9 +63,8 @@ TEST(BackupFile, EscapesBackslashesBeforeQuotesInNamesAndData) {
     };
     for (const auto& c : cases) {
         EXPECT_EQ(EscapeRegText(c.text), c.escaped) << c.text;
-        const std::string quoted = "\"" + std::string(c.escaped) + "\"";
         EXPECT_EQ(BackupLines({{"HKEY_USERS", "K\\v", std::string(c.text)}}).back(),
-                  "\"v\"=" + quoted);
+                  std::string("\"v\"=\"").append(c.escaped).append("\""));
     }
 }
 
