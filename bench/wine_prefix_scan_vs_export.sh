@@ -42,56 +42,10 @@ for program in "$cli" "$bench"; do
     fi
 done
 
-WINEPREFIX=$(mktemp -d "${TMPDIR:-/tmp}/regvex-wine-prefix-bench.XXXXXX")
-export WINEPREFIX
-export WINEDEBUG=-all
-export WINEDLLOVERRIDES="mscoree,mshtml="
-work="$WINEPREFIX/regvex-bench"
-log="$work/wine.log"
-
-# shellcheck disable=SC2317 # run by the trap below
-cleanup() {
-    wineserver -k >/dev/null 2>&1 || true
-    rm -rf "$WINEPREFIX"
-}
-trap cleanup EXIT
-trap 'exit 130' INT TERM
-
-mkdir -p "$work"
-
-windows_path() {
-    printf 'Z:%s' "${1//\//\\}"
-}
-
-seconds_of() {
-    local start end
-    start=$(date +%s%N)
-    "$@" || { echo "$0: $* failed; the end of $log:" >&2; tail -20 "$log" >&2; return 1; }
-    end=$(date +%s%N)
-    awk -v ns=$((end - start)) 'BEGIN { printf "%.3f", ns / 1e9 }'
-}
-
-best_of() {
-    local best="" t
-    for _ in $(seq "$runs"); do
-        t=$(seconds_of "$@") || return 1
-        if [ -z "$best" ] || awk -v a="$t" -v b="$best" 'BEGIN { exit !(a < b) }'; then
-            best=$t
-        fi
-    done
-    printf '%s' "$best"
-}
-
-echo "prefix      $WINEPREFIX (removed at exit)"
-wineboot -i >>"$log" 2>&1
-wineserver -w
-
-"$bench" write-reg --keys "$keys" --values "$values" --seed "$seed" \
-    --out "$work/generated.reg" --files "$WINEPREFIX/drive_c" >"$work/generated.txt"
-sed 's/^/generated   /' "$work/generated.txt"
-wine regedit /s "$(windows_path "$work/generated.reg")" >>"$log" 2>&1
-# The server writes the registry files when it ends; only then are they settled.
-wineserver -w
+# shellcheck source=bench/wine_bench_lib.sh
+source "$(dirname "$0")/wine_bench_lib.sh"
+start_bench_prefix regvex-wine-prefix-bench
+import_generated_tree
 echo "files       $(du -ch "$WINEPREFIX"/*.reg | tail -1 | cut -f1) in system.reg, user.reg and userdef.reg"
 
 # First the offline scan, with no server running that could write the files meanwhile.

@@ -74,8 +74,10 @@ std::string ValueLine(std::string_view name, std::uint32_t type,
         return line.append("\"").append(EscapeRegText(text)).append("\"");
     }
     if (type == reg::kDword && data.size() == 4) {
-        const std::uint32_t number = static_cast<std::uint32_t>(
-            data[0] | data[1] << 8 | data[2] << 16 | static_cast<std::uint32_t>(data[3]) << 24);
+        std::uint32_t number = 0;
+        for (int i = 3; i >= 0; --i) {
+            number = number << 8 | static_cast<std::uint32_t>(data[static_cast<std::size_t>(i)]);
+        }
         char digits[9];
         for (int i = 7; i >= 0; --i) {
             digits[7 - i] = kDigits[(number >> (4 * i)) & 0xF];
