@@ -1,7 +1,6 @@
 #include "engine/memory_registry.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 #include <stdexcept>
 #include <utility>
@@ -261,7 +260,7 @@ RegStatus MemoryRegistry::EnumKey(KeyHandle key, std::uint32_t index, std::strin
     return reg::kSuccess;
 }
 
-RegStatus MemoryRegistry::EnumValue(KeyHandle key, std::uint32_t index, ValueSlot& value) {
+RegStatus MemoryRegistry::ValueAt(KeyHandle key, std::uint32_t index, const Value*& stored) {
     Node* node = nullptr;
     if (const RegStatus status = Lookup(key, node); status != reg::kSuccess) {
         return status;
@@ -270,9 +269,14 @@ RegStatus MemoryRegistry::EnumValue(KeyHandle key, std::uint32_t index, ValueSlo
     if (!recording_) {
         node->CompactValues();
     }
-    const Value* stored = node->LiveValue(index);
-    if (stored == nullptr) {
-        return reg::kNoMoreItems;
+    stored = node->LiveValue(index);
+    return stored == nullptr ? reg::kNoMoreItems : reg::kSuccess;
+}
+
+RegStatus MemoryRegistry::EnumValue(KeyHandle key, std::uint32_t index, ValueSlot& value) {
+    const Value* stored = nullptr;
+    if (const RegStatus status = ValueAt(key, index, stored); status != reg::kSuccess) {
+        return status;
     }
     const std::span<const std::uint8_t> data = stored->data();
     if (!stored->name_fits() || !stored->data_fits() || data.size() > value.data.size()) {
@@ -281,24 +285,15 @@ RegStatus MemoryRegistry::EnumValue(KeyHandle key, std::uint32_t index, ValueSlo
     value.name.assign(stored->name());
     value.type = stored->type();
     value.size = static_cast<std::uint32_t>(data.size());
-    if (!data.empty()) {
-        std::memcpy(value.data.data(), data.data(), data.size());
-    }
+    std::copy(data.begin(), data.end(), value.data.begin());
     return reg::kSuccess;
 }
 
 RegStatus MemoryRegistry::ReadValue(KeyHandle key, std::uint32_t index, std::string& name,
                                     std::uint32_t& type, std::vector<std::uint8_t>& data) {
-    Node* node = nullptr;
-    if (const RegStatus status = Lookup(key, node); status != reg::kSuccess) {
+    const Value* stored = nullptr;
+    if (const RegStatus status = ValueAt(key, index, stored); status != reg::kSuccess) {
         return status;
-    }
-    if (!recording_) {
-        node->CompactValues();
-    }
-    const Value* stored = node->LiveValue(index);
-    if (stored == nullptr) {
-        return reg::kNoMoreItems;
     }
     name.assign(stored->name());
     type = stored->type();

@@ -29,6 +29,7 @@ namespace regvex {
 
 namespace memory_tree {
 struct Node;
+class Value;
 }  // namespace memory_tree
 
 class MemoryRegistry final : public Registry {
@@ -87,6 +88,8 @@ class MemoryRegistry final : public Registry {
     RegStatus Resolve(RootKeyHandle root, std::string_view path, bool create, Node*& node);
     Node* AddKey(Node* parent, std::string_view name, std::uint32_t hash);
     RegStatus Lookup(KeyHandle key, Node*& node) const;
+    // The live value `index` of an open key.
+    RegStatus ValueAt(KeyHandle key, std::uint32_t index, const memory_tree::Value*& stored);
     KeyHandle NewHandle(Node* node);
     void ForgetHandlesBelow(const Node* node);
 
