@@ -132,12 +132,5 @@ TEST(BackupFile, AFolderOrFileThatCannotBeWrittenIsARunTimeError) {
     EXPECT_THROW(CreateBackupFile(disk, "C:\\App", "1/1/2020", {}, kAnsi), RunTimeError);
 }
 
-TEST(BackupFile, CommandLinesQuoteThePathOnlyForTheRegistryEditor) {
-    EXPECT_EQ(RestoreCommandLine("C:\\My App", "Backup (1).reg"),
-              "regedit.exe /s \"C:\\My App\\RegBackups\\Backup (1).reg\"");
-    EXPECT_EQ(ViewCommandLine("C:\\My App", "Backup (1).reg"),
-              "notepad.exe C:\\My App\\RegBackups\\Backup (1).reg");
-}
-
 }  // namespace
 }  // namespace regvex::backup

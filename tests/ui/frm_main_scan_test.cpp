@@ -141,13 +141,6 @@ TEST_F(MainScanTest, DeepAndSafeScansListTheSameRows) {
     EXPECT_EQ(deep.size(), 3u);
 }
 
-TEST_F(MainScanTest, UpperCaseIgnoreEntriesDropFindingsLowerCaseOnesDoNot) {
-    rig.ignore.file_entries = {"OLDAPP", "software\\a", "SOFTWARE\\B"};
-    rig.main.cmdStartStop_Click();
-    ASSERT_EQ(rig.errors.RowCount(), 1);
-    EXPECT_EQ(rig.errors.Text(0, 2), "Software\\A\\app");
-}
-
 TEST_F(MainScanTest, OnSixtyFourBitWindowsTheRedirectionIsOffForTheScan) {
     rig.system.architecture = system::kProcessorArchitectureAmd64;
     rig.pump.at_pump[8] = [&] { rig.main.cmdStartStop_Click(); };

@@ -19,10 +19,6 @@ namespace {
 
 using namespace std::string_literals;
 
-std::string TextOf(HWND window) {
-    return WindowTextOf(window);
-}
-
 class ProgramTest : public ::testing::Test {
   protected:
     static void SetUpTestSuite() {
@@ -87,10 +83,10 @@ TEST_F(ProgramTest, TheWindowListsExactlyTheMissingFilesOfTheTestTree) {
                   {"Invalid Entry", k + "\\App\\Deeper\\d-missing", f + "\\missing.dll,0"},
               }));
     const int rows = program_->main_window().results().RowCount();
-    EXPECT_EQ(TextOf(Window()), "Scan Complete (" + std::to_string(rows) + " errors found)");
-    EXPECT_EQ(TextOf(Item(kStartStopButton)), "Begin Scan");
-    EXPECT_EQ(TextOf(Item(kStatusLabel)), "Search result:");
-    EXPECT_EQ(TextOf(Item(kCurrentKeyLabel)),
+    EXPECT_EQ(WindowTextOf(Window()), "Scan Complete (" + std::to_string(rows) + " errors found)");
+    EXPECT_EQ(WindowTextOf(Item(kStartStopButton)), "Begin Scan");
+    EXPECT_EQ(WindowTextOf(Item(kStatusLabel)), "Search result:");
+    EXPECT_EQ(WindowTextOf(Item(kCurrentKeyLabel)),
               "Registry Vexlor has finished searching and found the following errors below:");
     EXPECT_FALSE(program_->state().bScanning);
 }
@@ -100,10 +96,10 @@ TEST_F(ProgramTest, AStopClickedWhileTheScanRunsEndsItWithTheStopTexts) {
     PostMessageW(Item(kStartStopButton), BM_CLICK, 0, 0);
     program_->main_window().form().cmdStartStop_Click();
 
-    EXPECT_EQ(TextOf(Item(kCurrentKeyLabel)), "Scan proccess stopped by user.");
-    EXPECT_EQ(TextOf(Item(kStartStopButton)), "Begin Scan");
+    EXPECT_EQ(WindowTextOf(Item(kCurrentKeyLabel)), "Scan proccess stopped by user.");
+    EXPECT_EQ(WindowTextOf(Item(kStartStopButton)), "Begin Scan");
     const int rows = program_->main_window().results().RowCount();
-    EXPECT_EQ(TextOf(Window()), "Scan Complete (" + std::to_string(rows) + " errors found)");
+    EXPECT_EQ(WindowTextOf(Window()), "Scan Complete (" + std::to_string(rows) + " errors found)");
     EXPECT_FALSE(program_->state().bScanning);
 }
 

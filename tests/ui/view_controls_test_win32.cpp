@@ -15,16 +15,11 @@
 #include "text/utf8.h"
 #include "text/wide_text_win32.h"
 #include "ui/base/throttled_text_win32.h"
+#include "ui/base/win32_controls_win32.h"
 #include "ui/check_list_control_win32.h"
 
 namespace regvex::ui {
 namespace {
-
-std::string WindowTextOf(HWND window) {
-    wchar_t text[256] = {};
-    GetWindowTextW(window, text, 256);
-    return text::FromWide(text);
-}
 
 int g_texts_shown = 0;
 std::vector<bool> g_redraws;
@@ -63,6 +58,16 @@ class ViewControlsTest : public ::testing::Test {
         child_.Reset(CreateWindowExW(0, window_class, L"", WS_CHILD | WS_VISIBLE | style, 10, 10,
                                      600, 400, frame_->get(), nullptr, nullptr, nullptr));
         return child_.get();
+    }
+    // A list of the results' four columns, with check boxes.
+    HWND ResultsList(CheckListControl& results) {
+        const HWND list = Child(WC_LISTVIEWW, LVS_REPORT);
+        ListView_SetExtendedListViewStyle(list, LVS_EX_CHECKBOXES);
+        results.Attach(list, nullptr);
+        for (const char* caption : {"Status", "RootKey", "SubKey", "Value"}) {
+            results.AddColumn({caption, "", ""});
+        }
+        return list;
     }
 
     static handles::UniqueWindow* frame_;
@@ -132,13 +137,8 @@ TEST_F(ViewControlsTest, WhileHeldTheListIsDrawnAtPausesAndAlwaysAtTheEnd) {
 }
 
 TEST_F(ViewControlsTest, ColumnsGrowToTheWidestTextAndRowsKeepTheirTexts) {
-    const HWND list = Child(WC_LISTVIEWW, LVS_REPORT);
-    ListView_SetExtendedListViewStyle(list, LVS_EX_CHECKBOXES);
     CheckListControl results;
-    results.Attach(list, nullptr);
-    for (const char* caption : {"Status", "Root", "Key", "Value"}) {
-        results.AddColumn({caption, "", ""});
-    }
+    const HWND list = ResultsList(results);
     const std::string longest = "HKEY_LOCAL_MACHINE\\SOFTWARE\\A rather long key name \\ value";
     for (const std::string& key : {std::string("short"), longest, std::string("medium key")}) {
         results.AddRow({"Invalid Entry", "HKEY_CURRENT_USER", key, "C:\\gone.exe"});
@@ -177,13 +177,8 @@ std::string LongText(std::size_t length, char mark) {
 }
 
 TEST_F(ViewControlsTest, EveryColumnOfALongRowReadsBackWhole) {
-    const HWND list = Child(WC_LISTVIEWW, LVS_REPORT);
-    ListView_SetExtendedListViewStyle(list, LVS_EX_CHECKBOXES);
     CheckListControl results;
-    results.Attach(list, nullptr);
-    for (const char* caption : {"Status", "RootKey", "SubKey", "Value"}) {
-        results.AddColumn({caption, "", ""});
-    }
+    ResultsList(results);
     // Around the length that one read takes, and well beyond it.
     const std::size_t lengths[] = {0, 1, 1022, 1023, 1024, 1025, 2047, 4000, 12300};
     for (const std::size_t length : lengths) {

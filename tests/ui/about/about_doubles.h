@@ -12,10 +12,6 @@
 
 namespace regvex::testing {
 
-// The shared doubles under the names the About box's Wine test still spells.
-using RecordingLauncher = RecordingProcesses;
-using ListedFiles = SetOfFiles;
-
 class RecordingAboutView final : public ui::about::AboutView {
   public:
     void SetWindowIcon() override { calls.emplace_back("icon"); }

@@ -16,37 +16,14 @@
 #include "about_doubles.h"
 #include "handles/unique_handle_win32.h"
 #include "support/registry_fixtures.h"
-#include "text/wide_text_win32.h"
 #include "ui/base/program_version.h"
+#include "ui/base/win32_controls_win32.h"
 
 namespace regvex::ui::about {
 namespace {
 
 constexpr UINT kTickMs = 20;
 constexpr int kWatchdogTicks = 500;  // ten seconds
-
-class RecordedDialogs final : public MessageDialogs {
-  public:
-    void SetMessageBoxColors(DialogColor, DialogColor, DialogColor, DialogColor) override {}
-    int MsgBox(std::string_view prompt, int style, std::string_view title) override {
-        prompts.emplace_back(prompt);
-        styles.push_back(style);
-        titles.emplace_back(title);
-        box_enabled.push_back(box != nullptr && IsWindowEnabled(box) != FALSE);
-        return mb::kOk;
-    }
-    std::vector<std::string> prompts;
-    std::vector<int> styles;
-    std::vector<std::string> titles;
-    std::vector<bool> box_enabled;
-    HWND box = nullptr;
-};
-
-std::string Text(HWND window) {
-    wchar_t text[512] = {};
-    GetWindowTextW(window, text, 512);
-    return text::FromWide(text);
-}
 
 LOGFONTW FontOf(HWND control) {
     LOGFONTW font{};
@@ -88,7 +65,10 @@ class AboutBoxTest : public ::testing::Test {
         owner_ = nullptr;
     }
 
-    AboutBoxTest() : owner(*owner_) { current_ = this; }
+    AboutBoxTest() : owner(*owner_) {
+        current_ = this;
+        dialogs.on_show = [this](const auto&) { box_enabled.push_back(IsWindowEnabled(box_)); };
+    }
     ~AboutBoxTest() override { current_ = nullptr; }
 
     // Shows the box and, once it is up, takes `step` on it; returns when the box is gone.
@@ -107,9 +87,10 @@ class AboutBoxTest : public ::testing::Test {
 
     handles::UniqueWindow& owner;
     MemoryRegistry registry;
-    testing::ListedFiles files;
-    testing::RecordingLauncher launcher;
-    RecordedDialogs dialogs;
+    testing::SetOfFiles files;
+    testing::RecordingProcesses launcher;
+    testing::ScriptedDialogs dialogs;
+    std::vector<BOOL> box_enabled;  // when each message box came up
     testing::RecordingShell shell;
     int main_window_calls = 0;
     Win32AboutBox box{{dialogs, Rgb(212, 212, 212), registry,
@@ -128,13 +109,14 @@ class AboutBoxTest : public ::testing::Test {
             return;
         }
         self->stepped_ = true;
-        self->dialogs.box = shown;
+        self->box_ = shown;
         self->step_(shown);
     }
 
     static inline handles::UniqueWindow* owner_ = nullptr;
     static inline AboutBoxTest* current_ = nullptr;
     std::function<void(HWND)> step_;
+    HWND box_ = nullptr;
     int ticks_ = 0;
     bool stepped_ = false;
 };
@@ -149,10 +131,10 @@ TEST_F(AboutBoxTest, OpensModalOverItsOwnerAndClosesOnOk) {
     LOGFONTW link{};
     LOGFONTW label{};
     ShowAndThen([&](HWND shown) {
-        caption = Text(shown);
+        caption = WindowTextOf(shown);
         for (int id : {kIdAboutTitle, kIdAboutVersion, kIdAboutDescription, kIdAboutLink,
                        kIdAboutSysInfo, kIdAboutOk}) {
-            texts.push_back(Text(GetDlgItem(shown, id)));
+            texts.push_back(WindowTextOf(GetDlgItem(shown, id)));
         }
         owner_enabled = IsWindowEnabled(owner.get()) != FALSE;
         has_picture = SendMessageW(GetDlgItem(shown, kIdAboutPicIcon), STM_GETICON, 0, 0) != 0;
@@ -205,7 +187,7 @@ TEST_F(AboutBoxTest, LinkAndSystemInfoReachTheCode) {
     });
     EXPECT_EQ(shell.urls, std::vector<std::string>{std::string(kProjectPage)});
     EXPECT_EQ(launcher.started, std::vector<std::string>{"C:\\windows\\system32\\msinfo32.exe"});
-    EXPECT_TRUE(dialogs.prompts.empty());
+    EXPECT_TRUE(dialogs.shown.empty());
 }
 
 TEST_F(AboutBoxTest, UnavailableMessageKeepsTheBoxDisabled) {
@@ -213,11 +195,9 @@ TEST_F(AboutBoxTest, UnavailableMessageKeepsTheBoxDisabled) {
         PostClick(GetDlgItem(shown, kIdAboutSysInfo));
         PostClick(GetDlgItem(shown, kIdAboutOk));
     });
-    EXPECT_EQ(dialogs.prompts,
+    EXPECT_EQ(dialogs.Prompts(),
               std::vector<std::string>{"System Information Is Unavailable At This Time"});
-    EXPECT_EQ(dialogs.styles, std::vector<int>{mb::kOkOnly});
-    EXPECT_EQ(dialogs.titles, std::vector<std::string>{"Registry Vexlor"});
-    EXPECT_EQ(dialogs.box_enabled, std::vector<bool>{false});
+    EXPECT_EQ(box_enabled, std::vector<BOOL>{FALSE});
     EXPECT_TRUE(launcher.started.empty());
 }
 

@@ -7,11 +7,6 @@
 namespace regvex::ui::help {
 namespace {
 
-TEST(HelpFilePath, IsTheHelpFileInTheProgramFolder) {
-    EXPECT_EQ(HelpFilePath("C:\\Program Files\\Registry Vexlor"),
-              "C:\\Program Files\\Registry Vexlor\\regvexlor.chm");
-}
-
 TEST(HelpNotShownMessage, NamesTheFileAndTellsWhyItWasNotShown) {
     const std::string path = "C:\\Tools\\Vexlor\\regvexlor.chm";
     const std::string missing = HelpNotShownMessage(path, false);

@@ -108,19 +108,15 @@ class OwnerWindow : public handles::UniqueWindow {
                                                 nullptr, GetModuleHandleW(nullptr), nullptr)) {}
 };
 
-TEST(HelpViewer, AnswersFalseForAProgramFolderWithoutItsHelpFile) {
-    OwnerWindow owner;
-    HelpViewer viewer;
-    EXPECT_FALSE(viewer.Show(owner.get(), HelpFilePath(OwnFolder())));
-    EXPECT_TRUE(HelpWindows().empty());
-}
-
-TEST(HelpViewer, AnswersFalseWhenTheEngineCannotOpenTheFile) {
+// A program folder without its help file, and a file that the engine cannot open.
+TEST(HelpViewer, AnswersFalseWhenThereIsNoHelpToShow) {
     const std::string broken = TempFile("regvexlor-broken-help.chm", "This is not a help file.");
     OwnerWindow owner;
     HelpViewer viewer;
-    EXPECT_FALSE(viewer.Show(owner.get(), broken));
-    EXPECT_TRUE(HelpWindows().empty());
+    for (const std::string& path : {HelpFilePath(OwnFolder()), broken}) {
+        EXPECT_FALSE(viewer.Show(owner.get(), path)) << path;
+        EXPECT_TRUE(HelpWindows().empty()) << path;
+    }
     DeleteFileW(text::ToWide(broken).c_str());
 }
 

@@ -8,73 +8,19 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
 #include "handles/unique_handle_win32.h"
+#include "support/scripted_services.h"
 #include "text/ansi_code_page_win32.h"
-#include "text/utf8_path.h"
 #include "text/wide_text_win32.h"
+#include "ui/base/disk_text_files.h"
+#include "ui/base/win32_controls_win32.h"
 #include "win32/test_support_win32.h"
 
 namespace regvex::ui::ignore {
 namespace {
-
-// Message boxes would wait for a person: these are only written down.
-class RecordedDialogs final : public MessageDialogs {
-  public:
-    void SetMessageBoxColors(DialogColor, DialogColor, DialogColor, DialogColor) override {
-        ++colour_calls;
-    }
-    int MsgBox(std::string_view prompt, int style, std::string_view) override {
-        prompts.emplace_back(prompt);
-        styles.push_back(style);
-        if (watched != nullptr && IsWindowEnabled(watched)) {
-            ++boxes_over_enabled_window;
-        }
-        return mb::kOk;
-    }
-    std::vector<std::string> prompts;
-    std::vector<int> styles;
-    int colour_calls = 0;
-    HWND watched = nullptr;
-    int boxes_over_enabled_window = 0;
-};
-
-class FileSystemTextFiles final : public TextFiles {
-  public:
-    bool Exists(const std::string& path) override {
-        std::error_code error;
-        return std::filesystem::exists(text::PathFromUtf8(path), error);
-    }
-    std::optional<std::string> Read(const std::string& path) override {
-        std::ifstream in(text::PathFromUtf8(path), std::ios::binary);
-        if (!in) {
-            return std::nullopt;
-        }
-        return std::string{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    }
-    bool Write(const std::string& path, std::string_view bytes) override {
-        std::ofstream out(text::PathFromUtf8(path), std::ios::binary | std::ios::trunc);
-        out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        out.close();
-        return static_cast<bool>(out);
-    }
-};
-
-std::string Text(HWND window) {
-    wchar_t text[512] = {};
-    GetWindowTextW(window, text, 512);
-    return text::FromWide(text);
-}
-
-std::string ReadBytes(const std::string& path) {
-    FileSystemTextFiles files;
-    return files.Read(path).value_or("<unreadable>");
-}
 
 int ScreenTwipsPerPixel() {
     const HDC screen = GetDC(nullptr);
@@ -96,6 +42,10 @@ class IgnoreWindowTest : public ::testing::Test {
     IgnoreWindowTest() {
         state.program_folder = folder.path();
         state.theme = Rgb(212, 208, 200);
+        // The window cannot be closed under its own message boxes.
+        dialogs.on_show = [this](const auto&) {
+            boxes_over_enabled_window += IsWindowEnabled(window->Handle()) ? 1 : 0;
+        };
         owner.Reset(CreateWindowExW(0, L"STATIC", L"Main window stand-in", WS_OVERLAPPEDWINDOW, 40,
                                     40, 640, 480, nullptr, nullptr, GetModuleHandleW(nullptr),
                                     nullptr));
@@ -117,6 +67,7 @@ class IgnoreWindowTest : public ::testing::Test {
         }
     }
     std::string IgnoreFile() const { return folder.path() + "\\Ignore.txt"; }
+    std::string FileBytes() { return files.Read(IgnoreFile()).value_or("<unreadable>"); }
     HWND Control(int id) const { return GetDlgItem(window->Handle(), id); }
     std::vector<std::string> ListItems() const {
         std::vector<std::string> items;
@@ -142,12 +93,13 @@ class IgnoreWindowTest : public ::testing::Test {
     }
 
     testing::TempFolder folder;
-    RecordedDialogs dialogs;
-    FileSystemTextFiles files;
+    testing::ScriptedDialogs dialogs;
+    DiskTextFiles files;
     text::SystemAnsiCodePage code_page;
     ProgramState state;
     handles::UniqueWindow owner;
     int main_window_calls = 0;
+    int boxes_over_enabled_window = 0;
     std::unique_ptr<Win32IgnoreWindow> window;
 };
 
@@ -158,8 +110,8 @@ TEST_F(IgnoreWindowTest, LoadsHiddenWithItsControlsTextsAndMenuCreatingTheFile) 
     const HWND form = window->Handle();
     EXPECT_FALSE(IsWindowVisible(form));
     EXPECT_EQ(GetWindow(form, GW_OWNER), owner.get());
-    EXPECT_EQ(Text(form), "Ignore List");
-    EXPECT_EQ(ReadBytes(IgnoreFile()), "");
+    EXPECT_EQ(WindowTextOf(form), "Ignore List");
+    EXPECT_EQ(FileBytes(), "");
 
     const struct {
         int id;
@@ -176,7 +128,7 @@ TEST_F(IgnoreWindowTest, LoadsHiddenWithItsControlsTextsAndMenuCreatingTheFile) 
     };
     for (const auto& t : texts) {
         ASSERT_NE(Control(t.id), nullptr) << t.text;
-        EXPECT_EQ(Text(Control(t.id)), t.text);
+        EXPECT_EQ(WindowTextOf(Control(t.id)), t.text);
         LOGFONTW font{};
         GetObjectW(reinterpret_cast<HFONT>(SendMessageW(Control(t.id), WM_GETFONT, 0, 0)),
                    sizeof(font), &font);
@@ -196,7 +148,7 @@ TEST_F(IgnoreWindowTest, LoadsHiddenWithItsControlsTextsAndMenuCreatingTheFile) 
         GetMenuStringW(file, static_cast<UINT>(item.id), caption, 64, MF_BYCOMMAND);
         EXPECT_STREQ(caption, item.text);
     }
-    EXPECT_TRUE(dialogs.prompts.empty());
+    EXPECT_TRUE(dialogs.shown.empty());
 }
 
 TEST_F(IgnoreWindowTest, AnEntryTypedAndAddedIsWrittenByApplyChanges) {
@@ -207,10 +159,10 @@ TEST_F(IgnoreWindowTest, AnEntryTypedAndAddedIsWrittenByApplyChanges) {
 
     Type("c:\\program files\\oldapp");
     Click(kIdCmdAdd);
-    EXPECT_TRUE(dialogs.prompts.empty());
+    EXPECT_TRUE(dialogs.shown.empty());
     EXPECT_EQ(ListItems(),
               (std::vector<std::string>{"OLD", "SECOND", "C:\\PROGRAM FILES\\OLDAPP"}));
-    EXPECT_EQ(Text(Control(kIdTxtString)), "");
+    EXPECT_EQ(WindowTextOf(Control(kIdTxtString)), "");
     // The list scrolls sideways once an entry is wider than it.
     const HWND list = Control(kIdLstIgnore);
     EXPECT_EQ(GetWindowLongPtrW(list, GWL_STYLE) & WS_HSCROLL, 0);
@@ -224,15 +176,15 @@ TEST_F(IgnoreWindowTest, AnEntryTypedAndAddedIsWrittenByApplyChanges) {
     SendMessageW(list, LB_DELETESTRING, 3, 0);
 
     // Not written until applied.
-    EXPECT_EQ(ReadBytes(IgnoreFile()), "old\r\n\r\nsecond\r\n");
+    EXPECT_EQ(FileBytes(), "old\r\n\r\nsecond\r\n");
     Click(kIdCmdApply);
-    EXPECT_EQ(ReadBytes(IgnoreFile()), "OLD\r\nSECOND\r\nC:\\PROGRAM FILES\\OLDAPP\r\n");
+    EXPECT_EQ(FileBytes(), "OLD\r\nSECOND\r\nC:\\PROGRAM FILES\\OLDAPP\r\n");
 
     SendMessageW(Control(kIdLstIgnore), LB_SETCURSEL, 1, 0);
     Click(kIdCmdRemove);
     Click(kIdCmdApply);
-    EXPECT_EQ(ReadBytes(IgnoreFile()), "OLD\r\nC:\\PROGRAM FILES\\OLDAPP\r\n");
-    EXPECT_TRUE(dialogs.prompts.empty());
+    EXPECT_EQ(FileBytes(), "OLD\r\nC:\\PROGRAM FILES\\OLDAPP\r\n");
+    EXPECT_TRUE(dialogs.shown.empty());
 
     // A file that cannot be written: the button shows the run-time error over the disabled
     // window, and the list keeps what was typed.
@@ -242,17 +194,15 @@ TEST_F(IgnoreWindowTest, AnEntryTypedAndAddedIsWrittenByApplyChanges) {
                                                      GENERIC_READ, 0, nullptr, OPEN_EXISTING,
                                                      FILE_ATTRIBUTE_NORMAL, nullptr));
         ASSERT_TRUE(busy);
-        dialogs.watched = window->Handle();
         Type("kept");
         Click(kIdCmdAdd);
         Click(kIdCmdApply);
     }
-    EXPECT_EQ(dialogs.prompts,
+    EXPECT_EQ(dialogs.Prompts(),
               (std::vector<std::string>{"Run-time error '75':\n\nPath/File access error"}));
-    EXPECT_EQ(dialogs.styles, (std::vector<int>{mb::kCritical}));
-    EXPECT_EQ(dialogs.boxes_over_enabled_window, 0);
+    EXPECT_EQ(boxes_over_enabled_window, 0);
     EXPECT_EQ(ListItems(), (std::vector<std::string>{"OLD", "C:\\PROGRAM FILES\\OLDAPP", "KEPT"}));
-    EXPECT_EQ(ReadBytes(IgnoreFile()), "OLD\r\nC:\\PROGRAM FILES\\OLDAPP\r\n");
+    EXPECT_EQ(FileBytes(), "OLD\r\nC:\\PROGRAM FILES\\OLDAPP\r\n");
     EXPECT_TRUE(IsWindowVisible(window->Handle()));
 }
 
@@ -264,7 +214,7 @@ TEST_F(IgnoreWindowTest, TheFileIsInTheAnsiCodePage) {
     Type("caf\xC3\xA9");
     Click(kIdCmdAdd);
     Click(kIdCmdApply);
-    EXPECT_EQ(ReadBytes(IgnoreFile()), "CAF\xC9\r\n");
+    EXPECT_EQ(FileBytes(), "CAF\xC9\r\n");
     window->Unload();
     window->Form();
     EXPECT_EQ(ListItems(), (std::vector<std::string>{"CAF\xC3\x89"}));
@@ -274,18 +224,13 @@ TEST_F(IgnoreWindowTest, RefusedTextsLeaveTheFocusAndSelectionInTheTextBox) {
     ASSERT_TRUE(files.Write(IgnoreFile(), "OLD\r\n"));
     Show();
     const HWND edit = Control(kIdTxtString);
-    dialogs.watched = window->Handle();
 
     Type("x");
     Click(kIdCmdAdd);
     Type("Old");
     Click(kIdCmdAdd);
-    EXPECT_EQ(dialogs.prompts, (std::vector<std::string>{"The string must be more than one letter.",
-                                                         "This string has already been added."}));
-    EXPECT_EQ(dialogs.styles, (std::vector<int>{mb::kExclamation, mb::kExclamation}));
-    EXPECT_EQ(dialogs.colour_calls, 2);
-    // The window cannot be closed under its own message boxes.
-    EXPECT_EQ(dialogs.boxes_over_enabled_window, 0);
+    EXPECT_EQ(dialogs.shown.size(), 2u);
+    EXPECT_EQ(boxes_over_enabled_window, 0);
     EXPECT_TRUE(IsWindowEnabled(window->Handle()));
     EXPECT_EQ(GetFocus(), edit);
     EXPECT_EQ(Selection(), std::make_pair(DWORD{0}, DWORD{3}));
@@ -349,7 +294,7 @@ TEST_F(IgnoreWindowTest, ClosingUnloadsDiscardingEditsAndCallsTheMainWindow) {
     EXPECT_EQ(main_window_calls, 3);
     window->Unload();
     EXPECT_EQ(main_window_calls, 3);
-    EXPECT_EQ(ReadBytes(IgnoreFile()), "KEPT\r\n");
+    EXPECT_EQ(FileBytes(), "KEPT\r\n");
 }
 
 TEST_F(IgnoreWindowTest, TheListIsReachableForTheScanWithoutShowingTheWindow) {
@@ -359,29 +304,6 @@ TEST_F(IgnoreWindowTest, TheListIsReachableForTheScanWithoutShowingTheWindow) {
     EXPECT_FALSE(IsWindowVisible(window->Handle()));
     ASSERT_EQ(list.ItemCount(), 1);
     EXPECT_EQ(list.Item(0), "OLDAPP");
-}
-
-// Keeps the window up with a few entries for REGVEX_IGNORE_SHOW_SECONDS seconds, for a
-// screenshot of the display (import -window root).
-TEST_F(IgnoreWindowTest, ShownForAScreenshot) {
-    const char* seconds = std::getenv("REGVEX_IGNORE_SHOW_SECONDS");
-    if (seconds == nullptr || std::atoi(seconds) <= 0) {
-        GTEST_SKIP() << "REGVEX_IGNORE_SHOW_SECONDS is not set";
-    }
-    ASSERT_TRUE(
-        files.Write(IgnoreFile(),
-                    "C:\\PROGRAM FILES\\OLDAPP\r\nSOFTWARE\\MICROSOFT\\WINDOWS\\CURRENTVERSION\\"
-                    "INSTALLER\\USERDATA\\S-1-5-18\\COMPONENTS\r\nTEMP\\SETUP\r\n"
-                    "C:\\WINDOWS\\INSTALLER\\$PATCHCACHE$\r\nMSOCACHE\r\n"));
-    Show();
-    Type("C:\\Games\\Old");
-    SendMessageW(Control(kIdLstIgnore), LB_SETCURSEL, 2, 0);
-    SetWindowPos(window->Handle(), HWND_TOP, 20, 20, 0, 0, SWP_NOSIZE);
-    const ULONGLONG until = GetTickCount64() + 1000ull * static_cast<ULONGLONG>(std::atoi(seconds));
-    while (GetTickCount64() < until) {
-        PumpMessages();
-        Sleep(20);
-    }
 }
 
 }  // namespace

@@ -206,15 +206,11 @@ TEST_F(TaskPaneModelTest, PressAndReleaseDecideWhatAClickDoes) {
 
 TEST_F(TaskPaneModelTest, ReleaseWithoutPressOrAfterCancelDoesNothing) {
     EXPECT_EQ(model.MouseUp({60, 55}), PaneAction{});
-    EXPECT_TRUE(model.MouseDown({60, 55}));
+    EXPECT_TRUE(model.MouseDown({60, 78}));
+    EXPECT_EQ(FocusKey(), "B") << "pressing a link focuses it";
     model.CancelPress();
-    EXPECT_EQ(model.MouseUp({60, 55}), PaneAction{});
+    EXPECT_EQ(model.MouseUp({60, 78}), PaneAction{});
     EXPECT_FALSE(model.MouseDown({30, 100})) << "plain text cannot be pressed";
-}
-
-TEST_F(TaskPaneModelTest, PressingALinkFocusesIt) {
-    model.MouseDown({60, 78});
-    EXPECT_EQ(FocusKey(), "B");
 }
 
 TEST_F(TaskPaneModelTest, HoverFollowsLinksAndHeadersOnly) {
@@ -268,8 +264,10 @@ TEST_F(TaskPaneModelTest, NewGroupsForgetHoverPressAndFocus) {
     EXPECT_EQ(model.scroll_top(), 0);
 }
 
+// A move of the focus, or with a letter the accelerator of that letter.
 struct FocusStep {
-    enum Op { kNext, kPrevious, kNextWrap, kPreviousWrap, kFirst, kLast, kAccelerator } op;
+    FocusMove move = FocusMove::kNext;
+    bool wrap = false;
     char32_t letter = 0;
 };
 
@@ -291,64 +289,45 @@ TEST_P(FocusNavigationTest, EndsOnTheExpectedLink) {
     }
     bool answer = false;
     for (const FocusStep& step : c.steps) {
-        switch (step.op) {
-            case FocusStep::kNext:
-                answer = model.MoveFocus(FocusMove::kNext, false);
-                break;
-            case FocusStep::kPrevious:
-                answer = model.MoveFocus(FocusMove::kPrevious, false);
-                break;
-            case FocusStep::kNextWrap:
-                answer = model.MoveFocus(FocusMove::kNext, true);
-                break;
-            case FocusStep::kPreviousWrap:
-                answer = model.MoveFocus(FocusMove::kPrevious, true);
-                break;
-            case FocusStep::kFirst:
-                answer = model.MoveFocus(FocusMove::kFirst, false);
-                break;
-            case FocusStep::kLast:
-                answer = model.MoveFocus(FocusMove::kLast, false);
-                break;
-            case FocusStep::kAccelerator:
-                answer = model.FocusAccelerator(step.letter);
-                break;
-        }
+        answer = step.letter != 0 ? model.FocusAccelerator(step.letter)
+                                  : model.MoveFocus(step.move, step.wrap);
     }
-    EXPECT_EQ(FocusKey(), c.expected);
-    EXPECT_EQ(answer, c.last_step_answer);
+    EXPECT_EQ(FocusKey(), c.expected) << c.what;
+    EXPECT_EQ(answer, c.last_step_answer) << c.what;
 }
 
-using S = FocusStep;
+const FocusStep kNext{FocusMove::kNext}, kPrevious{FocusMove::kPrevious},
+    kNextWrap{FocusMove::kNext, true}, kPreviousWrap{FocusMove::kPrevious, true},
+    kFirst{FocusMove::kFirst}, kLast{FocusMove::kLast};
+FocusStep Letter(char32_t letter) {
+    return {FocusMove::kNext, false, letter};
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Cases, FocusNavigationTest,
     ::testing::Values(
-        FocusCase{"first move goes to the first link", {}, {{S::kNext}}, "A", true},
-        FocusCase{"backwards from nothing goes to the last", {}, {{S::kPrevious}}, "D", true},
-        FocusCase{"within a group", {}, {{S::kNext}, {S::kNext}}, "B", true},
-        FocusCase{"across plain text and a group without links",
-                  {},
-                  {{S::kNext}, {S::kNext}, {S::kNext}},
-                  "C",
-                  true},
-        FocusCase{"stops at the end", {}, {{S::kLast}, {S::kNext}}, "D", false},
-        FocusCase{"stops at the start", {}, {{S::kFirst}, {S::kPrevious}}, "A", false},
-        FocusCase{"wraps forwards", {}, {{S::kLast}, {S::kNextWrap}}, "A", true},
-        FocusCase{"wraps backwards", {}, {{S::kFirst}, {S::kPreviousWrap}}, "D", true},
-        FocusCase{"first when already first", {}, {{S::kNext}, {S::kFirst}}, "A", false},
-        FocusCase{"skips a collapsed group", {2}, {{S::kNext}, {S::kNext}, {S::kNext}}, "B", false},
-        FocusCase{"last of the expanded groups", {2}, {{S::kLast}}, "B", true},
-        FocusCase{"nothing to focus when all are collapsed", {0, 2}, {{S::kNext}}, "-", false},
-        FocusCase{"accelerator of the first group", {}, {{S::kAccelerator, U't'}}, "A", true},
-        FocusCase{"accelerator in upper case", {}, {{S::kAccelerator, U'D'}}, "C", true},
+        FocusCase{"first move goes to the first link", {}, {kNext}, "A", true},
+        FocusCase{"backwards from nothing goes to the last", {}, {kPrevious}, "D", true},
+        FocusCase{"within a group", {}, {kNext, kNext}, "B", true},
+        FocusCase{
+            "across plain text and a group without links", {}, {kNext, kNext, kNext}, "C", true},
+        FocusCase{"stops at the end", {}, {kLast, kNext}, "D", false},
+        FocusCase{"stops at the start", {}, {kFirst, kPrevious}, "A", false},
+        FocusCase{"wraps forwards", {}, {kLast, kNextWrap}, "A", true},
+        FocusCase{"wraps backwards", {}, {kFirst, kPreviousWrap}, "D", true},
+        FocusCase{"first when already first", {}, {kNext, kFirst}, "A", false},
+        FocusCase{"skips a collapsed group", {2}, {kNext, kNext, kNext}, "B", false},
+        FocusCase{"last of the expanded groups", {2}, {kLast}, "B", true},
+        FocusCase{"nothing to focus when all are collapsed", {0, 2}, {kNext}, "-", false},
+        FocusCase{"accelerator of the first group", {}, {Letter(U't')}, "A", true},
+        FocusCase{"accelerator in upper case", {}, {Letter(U'D')}, "C", true},
         FocusCase{"accelerator of a group without links keeps the focus",
                   {},
-                  {{S::kNext}, {S::kNext}, {S::kAccelerator, U'i'}},
+                  {kNext, kNext, Letter(U'i')},
                   "B",
                   false},
-        FocusCase{"no group has the letter", {}, {{S::kAccelerator, U'x'}}, "-", false},
-        FocusCase{
-            "accelerator expands a collapsed group", {2}, {{S::kAccelerator, U'd'}}, "C", true}));
+        FocusCase{"no group has the letter", {}, {Letter(U'x')}, "-", false},
+        FocusCase{"accelerator expands a collapsed group", {2}, {Letter(U'd')}, "C", true}));
 
 TEST_F(TaskPaneModelTest, AcceleratorExpandsItsGroup) {
     model.SetCollapsed(2, true);
