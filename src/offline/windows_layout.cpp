@@ -155,7 +155,7 @@ bool MountWindows(const std::filesystem::path& root, std::string_view user,
     if (software_file.empty() && system_file.empty()) {
         error = "\"" + text::Utf8FromPath(root) +
                 "\" is not the root of a Windows partition: it has no "
-                "Windows\\System32\\config\\SOFTWARE or SYSTEM";
+                "Windows/System32/config/SOFTWARE or SYSTEM";
         return false;
     }
     MountedRegistry& registry = system.registry;
