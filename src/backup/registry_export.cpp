@@ -175,4 +175,13 @@ ExportCount WriteExportTree(Registry& registry, RootKeyHandle root, std::string_
     return count;
 }
 
+void WriteExportKey(std::ostream& out, RootKeyHandle root, std::string_view path,
+                    const std::vector<ExportValue>& values) {
+    WriteLine(out, "[" + LineBreaksEscaped(FullName(root, path)) + "]");
+    for (const ExportValue& value : values) {
+        WriteLine(out, ValueLine(value.name, value.type, value.data));
+    }
+    WriteLine(out, "");
+}
+
 }  // namespace regvex::backup

@@ -9,7 +9,9 @@
 
 #include <cstddef>
 #include <ostream>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "engine/registry.h"
 
@@ -31,5 +33,15 @@ void WriteExportHeader(std::ostream& out);
 // without keys or values writes nothing.
 ExportCount WriteExportTree(Registry& registry, RootKeyHandle root, std::string_view path,
                             std::ostream& out);
+
+struct ExportValue {
+    std::string name;
+    std::uint32_t type = 0;
+    std::vector<std::uint8_t> data;  // as the registry gives it: text as UTF-8
+};
+
+// Writes the key line of `root`\`path`, the given values of that key and a blank line.
+void WriteExportKey(std::ostream& out, RootKeyHandle root, std::string_view path,
+                    const std::vector<ExportValue>& values);
 
 }  // namespace regvex::backup
