@@ -179,6 +179,9 @@ void WriteExportKey(std::ostream& out, RootKeyHandle root, std::string_view path
                     const std::vector<ExportValue>& values) {
     WriteLine(out, "[" + LineBreaksEscaped(FullName(root, path)) + "]");
     for (const ExportValue& value : values) {
+        if (value.position) {
+            WriteLine(out, std::string(kPositionComment) + std::to_string(*value.position));
+        }
         WriteLine(out, ValueLine(value.name, value.type, value.data));
     }
     WriteLine(out, "");

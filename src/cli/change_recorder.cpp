@@ -9,8 +9,9 @@ namespace {
 // Reads go to the hive; writes are noted instead of made.
 class NotingHive final : public Registry {
   public:
-    NotingHive(std::unique_ptr<Registry> hive, std::vector<hive::ValueChange>& noted)
-        : hive_(std::move(hive)), noted_(noted) {}
+    NotingHive(std::unique_ptr<Registry> hive, std::vector<hive::ValueChange>& noted,
+               const std::optional<std::size_t>& next_position)
+        : hive_(std::move(hive)), noted_(noted), next_position_(next_position) {}
 
     RegStatus OpenKey(RootKeyHandle root, std::string_view path, AccessMask access,
                       KeyHandle& key) override {
@@ -50,7 +51,7 @@ class NotingHive final : public Registry {
             return reg::kInvalidHandle;
         }
         noted_.push_back({path->second, std::string(name), false, type,
-                          std::vector<std::uint8_t>(data.begin(), data.end())});
+                          std::vector<std::uint8_t>(data.begin(), data.end()), next_position_});
         return reg::kSuccess;
     }
     RegStatus DeleteValue(KeyHandle key, std::string_view name) override {
@@ -58,13 +59,14 @@ class NotingHive final : public Registry {
         if (path == paths_.end()) {
             return reg::kInvalidHandle;
         }
-        noted_.push_back({path->second, std::string(name), true, 0, {}});
+        noted_.push_back({path->second, std::string(name), true, 0, {}, std::nullopt});
         return reg::kSuccess;
     }
 
   private:
     std::unique_ptr<Registry> hive_;
     std::vector<hive::ValueChange>& noted_;
+    const std::optional<std::size_t>& next_position_;
     std::map<KeyHandle, std::string> paths_;
 };
 
@@ -76,7 +78,7 @@ std::unique_ptr<Registry> RecordingPlatform::OpenHive(const std::filesystem::pat
     if (!hive) {
         return nullptr;
     }
-    return std::make_unique<NotingHive>(std::move(hive), noted_[file]);
+    return std::make_unique<NotingHive>(std::move(hive), noted_[file], next_position_);
 }
 
 }  // namespace regvex::cli

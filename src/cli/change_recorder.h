@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -36,9 +37,13 @@ class RecordingPlatform final : public CliPlatform {
     bool StdoutIsTerminal() override { return inner_.StdoutIsTerminal(); }
     bool StderrIsTerminal() override { return inner_.StderrIsTerminal(); }
 
+    // The place among its key's values of the value set next, when the key lacks it.
+    void PlaceNextValueAt(std::optional<std::size_t> position) { next_position_ = position; }
+
   private:
     CliPlatform& inner_;
     NotedChanges& noted_;
+    std::optional<std::size_t> next_position_;
 };
 
 }  // namespace regvex::cli

@@ -5,6 +5,8 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <map>
 #include <set>
 #include <sstream>
 #include <thread>
@@ -21,6 +23,7 @@
 #include "engine/run_time_error.h"
 #include "system/general_date.h"
 #include "text/upper_case.h"
+#include "text/utf8.h"
 #include "text/utf8_path.h"
 
 namespace regvex::cli {
@@ -223,6 +226,7 @@ bool ReadWhole(Registry& registry, KeyHandle key, const std::string& name,
          registry.ReadValue(key, index, each, value.type, value.data) == reg::kSuccess; ++index) {
         if (each == name) {
             value.name = name;
+            value.position = index;
             return true;
         }
     }
@@ -316,6 +320,39 @@ int RunOfflineFix(const std::vector<std::string>& args, std::ostream& out, std::
 
 namespace {
 
+// The places that our backups keep in comments, by key line ("HKEY_...\\path"), in the
+// order of the values of that key.
+std::map<std::string, std::vector<std::size_t>> PositionComments(const fs::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    if (bytes.size() >= 2 && bytes[0] == '\xFF' && bytes[1] == '\xFE') {
+        std::u16string units((bytes.size() - 2) / 2, u'\0');
+        for (std::size_t i = 0; i < units.size(); ++i) {
+            units[i] = static_cast<char16_t>(static_cast<unsigned char>(bytes[2 + 2 * i]) |
+                                             static_cast<unsigned char>(bytes[3 + 2 * i]) << 8);
+        }
+        bytes = text::Utf16ToUtf8(units);
+    }
+    std::map<std::string, std::vector<std::size_t>> positions;
+    std::string key;
+    std::istringstream lines(bytes);
+    for (std::string line; std::getline(lines, line);) {
+        if (!line.empty() && line.back() == '\r') {
+            line.pop_back();
+        }
+        if (line.size() >= 2 && line.front() == '[' && line.back() == ']') {
+            key = line.substr(1, line.size() - 2);
+        } else if (line.starts_with(backup::kPositionComment)) {
+            std::size_t position = 0;
+            const char* const digits = line.data() + backup::kPositionComment.size();
+            if (std::from_chars(digits, line.data() + line.size(), position).ec == std::errc()) {
+                positions[key].push_back(position);
+            }
+        }
+    }
+    return positions;
+}
+
 // Every value of the backup file, in its order.
 bool ReadBackupValues(const fs::path& file, CliPlatform& platform,
                       std::vector<OfflineValue>& values, std::ostream& err) {
@@ -325,6 +362,7 @@ bool ReadBackupValues(const fs::path& file, CliPlatform& platform,
             << VisibleText(failure->message) << "\n";
         return false;
     }
+    const auto positions = PositionComments(file);
     for (const RootKeyHandle root :
          {kHkeyLocalMachine, kHkeyCurrentUser, kHkeyClassesRoot, kHkeyUsers, kHkeyCurrentConfig}) {
         std::vector<std::string> pending{std::string()};
@@ -336,11 +374,19 @@ bool ReadBackupValues(const fs::path& file, CliPlatform& platform,
                 continue;
             }
             OfflineValue value{root, path, {}};
+            const std::size_t first = values.size();
             for (std::uint32_t i = 0;
                  registry.ReadValue(key.get(), i, value.value.name, value.value.type,
                                     value.value.data) == reg::kSuccess;
                  ++i) {
                 values.push_back(value);
+            }
+            // A file changed by hand may have lost the places; then they are not used.
+            const auto kept = positions.find(backup::LineBreaksEscaped(FullKey(root, path)));
+            if (kept != positions.end() && kept->second.size() == values.size() - first) {
+                for (std::size_t i = first; i < values.size(); ++i) {
+                    values[i].value.position = kept->second[i - first];
+                }
             }
             std::vector<std::string> children;
             std::string name;
@@ -368,6 +414,7 @@ int RestoreOffline(const fs::path& file, const SourceOptions& sources, std::ostr
     for (const OfflineValue& each : values) {
         ScopedKey key;
         const auto& data = each.value.data;
+        recording.PlaceNextValueAt(each.value.position);
         if (ScopedKey::Open(*source->registry, each.root, each.key_path, reg::kKeyAllAccess, key) !=
                 reg::kSuccess ||
             source->registry->SetValue(key.get(), each.value.name, each.value.type, data) !=

@@ -6,6 +6,7 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -226,8 +227,10 @@ std::string WriteChanges(hive_h* hive, const std::vector<ValueChange>& changes) 
             RawValue value{change->name, static_cast<hive_type>(change->type),
                            std::vector<char>(bytes.begin(), bytes.end())};
             if (at == names.size()) {
-                raw.push_back(std::move(value));
-                names.push_back({change->name, 0, {}});
+                const auto to =
+                    static_cast<std::ptrdiff_t>(std::min(change->position.value_or(at), at));
+                raw.insert(raw.begin() + to, std::move(value));
+                names.insert(names.begin() + to, {change->name, 0, {}});
             } else {
                 raw[at].type = value.type;
                 raw[at].data = std::move(value.data);

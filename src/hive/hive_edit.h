@@ -4,9 +4,11 @@
 // read back and compared with the old one, and only then takes the old one's name. The
 // old file stays beside it as FILE.regvexlor-previous until the next change.
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,6 +24,9 @@ struct ValueChange {
     bool remove = true;
     std::uint32_t type = 0;
     std::vector<std::uint8_t> data;
+    // Where a value that the key does not hold goes among its values; at the end when
+    // there are fewer.
+    std::optional<std::size_t> position;
 };
 
 struct EditHooks {

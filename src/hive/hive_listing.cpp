@@ -81,7 +81,9 @@ bool ApplyToListing(HiveListing& listing, const std::vector<ValueChange>& change
             }
             key->values.erase(key->values.begin() + static_cast<std::ptrdiff_t>(at));
         } else if (at == key->values.size()) {
-            key->values.push_back({change.name, change.type, change.data});
+            const std::size_t to = std::min(change.position.value_or(at), at);
+            key->values.insert(key->values.begin() + static_cast<std::ptrdiff_t>(to),
+                               {change.name, change.type, change.data});
         } else {
             key->values[at].type = change.type;
             key->values[at].data = change.data;
