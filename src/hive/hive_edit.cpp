@@ -287,7 +287,10 @@ fs::path PreviousFile(const fs::path& file) {
     return previous;
 }
 
-std::string WhyHiveCannotChange(const fs::path& file, const EditHooks& hooks) {
+namespace {
+
+// As below, keeping the listing of the hive read to find damage.
+std::string WhyNot(const fs::path& file, const EditHooks& hooks, HiveListing& listing) {
     struct stat info {};
     if (stat(file.c_str(), &info) != 0) {
         return Name(file) + " cannot be read (" + ErrorText() + ")";
@@ -325,7 +328,6 @@ std::string WhyHiveCannotChange(const fs::path& file, const EditHooks& hooks) {
         return "there is no room for a changed copy of " + Name(file) + " in its folder (" +
                std::to_string(needed) + " bytes needed)";
     }
-    HiveListing listing;
     const std::string damage = ReadWhole(file, listing);
     if (!damage.empty()) {
         return Name(file) + " is damaged: " + damage;
@@ -333,14 +335,20 @@ std::string WhyHiveCannotChange(const fs::path& file, const EditHooks& hooks) {
     return {};
 }
 
+}  // namespace
+
+std::string WhyHiveCannotChange(const fs::path& file, const EditHooks& hooks) {
+    HiveListing listing;
+    return WhyNot(file, hooks, listing);
+}
+
 EditResult EditHiveFile(const fs::path& file, const std::vector<ValueChange>& changes,
                         const EditHooks& hooks) {
-    std::string why_not = WhyHiveCannotChange(file, hooks);
+    HiveListing expected;
+    std::string why_not = WhyNot(file, hooks, expected);
     if (!why_not.empty()) {
         return {EditOutcome::kRefused, std::move(why_not)};
     }
-    HiveListing expected;
-    ReadWhole(file, expected);
     std::string error;
     if (!ApplyToListing(expected, changes, error)) {
         return {EditOutcome::kRefused, Name(file) + ": " + error};

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <unordered_map>
 
 #include "text/upper_case.h"
 
@@ -64,15 +65,17 @@ std::size_t FindListedValue(const std::vector<ListedValue>& values, const std::s
 
 bool ApplyToListing(HiveListing& listing, const std::vector<ValueChange>& changes,
                     std::string& error) {
+    std::unordered_map<std::string, std::size_t> by_upper_path;
+    for (std::size_t i = 0; i < listing.size(); ++i) {
+        by_upper_path.emplace(text::UpperCase(listing[i].path), i);
+    }
     for (const ValueChange& change : changes) {
-        const std::string upper_path = text::UpperCase(change.key_path);
-        const auto key = std::find_if(listing.begin(), listing.end(), [&](const ListedKey& each) {
-            return text::UpperCase(each.path) == upper_path;
-        });
-        if (key == listing.end()) {
+        const auto found = by_upper_path.find(text::UpperCase(change.key_path));
+        if (found == by_upper_path.end()) {
             error = "there is no key \"" + change.key_path + "\"";
             return false;
         }
+        ListedKey* const key = &listing[found->second];
         const std::size_t at = FindListedValue(key->values, change.name);
         if (change.remove) {
             if (at == key->values.size()) {
