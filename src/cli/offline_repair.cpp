@@ -125,9 +125,9 @@ int MakeChanges(const NotedChanges& noted, std::ostream& err, CliPlatform& platf
             err << "regvexlor-cli: " << VisibleText(result.message) << "\n";
             return result.outcome == hive::EditOutcome::kRefused ? kExitUsage : kExitScanFailed;
         }
-        err << changes.size() << " changes written to " << VisibleText(file.string())
-            << " (the file before them: " << VisibleText(hive::PreviousFile(file).string())
-            << ")\n";
+        err << changes.size() << " changes written to " << VisibleText(text::Utf8FromPath(file))
+            << " (the file before them: "
+            << VisibleText(text::Utf8FromPath(hive::PreviousFile(file))) << ")\n";
     }
     return kExitOk;
 }
@@ -164,7 +164,7 @@ fs::path WriteBackup(const fs::path& folder, const std::vector<OfflineValue>& va
     const std::string bytes = text.str();
     if (!file || !file.write(bytes.data(), static_cast<std::streamsize>(bytes.size())) ||
         !file.flush()) {
-        err << "regvexlor-cli: the backup \"" << VisibleText(path.string())
+        err << "regvexlor-cli: the backup \"" << VisibleText(text::Utf8FromPath(path))
             << "\" cannot be written. Nothing was deleted.\n";
         return {};
     }
@@ -309,12 +309,13 @@ int RunOfflineFix(const std::vector<std::string>& args, std::ostream& out, std::
     }
     const int made = MakeChanges(noted, err, platform);
     if (made != kExitOk) {
-        err << "regvexlor-cli: the backup of the values is \"" << VisibleText(backup.string())
-            << "\"\n";
+        err << "regvexlor-cli: the backup of the values is \""
+            << VisibleText(text::Utf8FromPath(backup)) << "\"\n";
         return made;
     }
     out << listed.str();
-    err << found.size() << " values deleted; backup: " << VisibleText(backup.string()) << "\n";
+    err << found.size() << " values deleted; backup: " << VisibleText(text::Utf8FromPath(backup))
+        << "\n";
     return kExitOk;
 }
 
@@ -358,8 +359,8 @@ bool ReadBackupValues(const fs::path& file, CliPlatform& platform,
                       std::vector<OfflineValue>& values, std::ostream& err) {
     MemoryRegistry registry(platform.AnsiCodePage());
     if (const auto failure = backup::ImportRegFile(file, registry, platform.AnsiCodePage())) {
-        err << "regvexlor-cli: " << VisibleText(file.string()) << ":" << failure->line << ": "
-            << VisibleText(failure->message) << "\n";
+        err << "regvexlor-cli: " << VisibleText(text::Utf8FromPath(file)) << ":" << failure->line
+            << ": " << VisibleText(failure->message) << "\n";
         return false;
     }
     const auto positions = PositionComments(file);
@@ -430,7 +431,8 @@ int RestoreOffline(const fs::path& file, const SourceOptions& sources, std::ostr
     }
     const int made = MakeChanges(noted, err, platform);
     if (made == kExitOk) {
-        out << "Restored\t" << values.size() << " values\t" << VisibleText(file.string()) << '\n';
+        out << "Restored\t" << values.size() << " values\t" << VisibleText(text::Utf8FromPath(file))
+            << '\n';
     }
     return made;
 }
@@ -503,7 +505,8 @@ int RunOfflineBackups(const std::vector<std::string>& args, std::ostream& out, s
     if (words[0] == "delete") {
         std::error_code removed;
         if (!fs::remove(file, removed)) {
-            err << "regvexlor-cli: " << VisibleText(file.string()) << " could not be deleted\n";
+            err << "regvexlor-cli: " << VisibleText(text::Utf8FromPath(file))
+                << " could not be deleted\n";
             return kExitScanFailed;
         }
         out << "Deleted\t" << VisibleText(entries[number - 1].number_text) << '\n';

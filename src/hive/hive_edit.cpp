@@ -281,12 +281,6 @@ EditResult Failed(const fs::path& fresh, std::string message) {
 
 }  // namespace
 
-fs::path PreviousFile(const fs::path& file) {
-    fs::path previous = file;
-    previous += ".regvexlor-previous";
-    return previous;
-}
-
 namespace {
 
 // As below, keeping the listing of the hive read to find damage.

@@ -58,6 +58,10 @@ EditResult EditHiveFile(const std::filesystem::path& file, const std::vector<Val
                         const EditHooks& hooks = {});
 
 // FILE.regvexlor-previous, where the file before the last change is kept.
-std::filesystem::path PreviousFile(const std::filesystem::path& file);
+inline std::filesystem::path PreviousFile(const std::filesystem::path& file) {
+    std::filesystem::path previous = file;
+    previous += ".regvexlor-previous";
+    return previous;
+}
 
 }  // namespace regvex::hive
