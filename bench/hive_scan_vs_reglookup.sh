@@ -31,19 +31,35 @@ if ! ls "$hives"/*.xz >/dev/null 2>&1; then
 fi
 
 cmake --preset linux-release >/dev/null
-cmake --build --preset linux-release --target regvex_hive_scan_bench >/dev/null
-bench="$repo/build/linux-release/bench/regvex_hive_scan_bench"
+cmake --build --preset linux-release --target regvexlor-cli >/dev/null
+cli="$repo/build/linux-release/src/cli/regvexlor-cli"
 
 work=$(mktemp -d "${TMPDIR:-/tmp}/regvex-hive-bench.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 mkdir "$work/drive-c" "$work/hives"
 
-# Our scan of one hive, its output dropped.
-our_scan() {
-    "$bench" "$1" "$work/drive-c" >/dev/null 2>&1
+# Our scan of one hive (or, given a folder, of the partition it is the root of), its
+# output dropped.
+source_of() {
+    if [ -d "$1" ]; then
+        source=(--windows "$1")
+    else
+        source=(--hive "HKLM\\HIVE=$1")
+    fi
 }
+our_scan() {
+    source_of "$1"
+    "$cli" scan --drive C: "${source[@]}" --map C:="$work/drive-c" >/dev/null 2>&1
+}
+# reglookup lists hive files, so for a partition each of its hives in turn.
 their_listing() {
-    reglookup "$1" >/dev/null 2>&1
+    if [ -d "$1" ]; then
+        for hive in "$1"/Windows/System32/config/*; do
+            reglookup "$hive" >/dev/null 2>&1
+        done
+    else
+        reglookup "$1" >/dev/null 2>&1
+    fi
 }
 
 # Best wall-clock time of $runs runs of a command, in nanoseconds.
@@ -66,13 +82,21 @@ printf '%-34s %9s %9s %10s %6s %9s %9s\n' hive "size KB" "scan ms" "reglookup" r
 ours_total=0
 theirs_total=0
 for packed in "$hives"/*.xz; do
-    name=$(basename "$packed" .xz)
-    hive="$work/hives/$name"
-    xz -dc "$packed" >"$hive"
-    size_kb=$(( $(stat -c %s "$hive") / 1024 ))
+    xz -dc "$packed" >"$work/hives/$(basename "$packed" .xz)"
+done
+# A partition as --windows reads it: the machine's hives that the shared ones offer.
+mkdir -p "$work/partition/Windows/System32/config"
+cp "$work/hives/regipy-SYSTEM" "$work/partition/Windows/System32/config/SYSTEM"
+cp "$work/hives/hivex-minimal" "$work/partition/Windows/System32/config/DEFAULT"
+
+for hive in "$work"/hives/* "$work/partition"; do
+    name=$(basename "$hive")
+    size_kb=$(( $(du -sb "$hive" | cut -f1) / 1024 ))
     ours=$(best_time our_scan "$hive")
     theirs=$(best_time their_listing "$hive")
-    peak_kb=$(/usr/bin/time -f %M "$bench" "$hive" "$work/drive-c" 2>&1 >/dev/null | tail -1)
+    source_of "$hive"
+    peak_kb=$(/usr/bin/time -f %M "$cli" scan --drive C: "${source[@]}" --map C:="$work/drive-c" \
+        2>&1 >/dev/null | tail -1)
     ours_total=$(( ours_total + ours ))
     theirs_total=$(( theirs_total + theirs ))
     printf '%-34s %9d %9s %10s %6s %9d %9d\n' "$name" "$size_kb" "$(ms "$ours")" "$(ms "$theirs")" \

@@ -38,58 +38,10 @@ if [ ! -x "$bench" ]; then
     exit 2
 fi
 
-WINEPREFIX=$(mktemp -d "${TMPDIR:-/tmp}/regvex-wine-bench.XXXXXX")
-export WINEPREFIX
-export WINEDEBUG=-all
-export WINEDLLOVERRIDES="mscoree,mshtml="
-work="$WINEPREFIX/regvex-bench"
-log="$work/wine.log"
-
-cleanup() {
-    wineserver -k >/dev/null 2>&1 || true
-    rm -rf "$WINEPREFIX"
-}
-trap cleanup EXIT
-trap 'exit 130' INT TERM
-
-mkdir -p "$work"
-
-# Wine takes paths below / as drive Z:.
-windows_path() {
-    printf 'Z:%s' "${1//\//\\}"
-}
-
-# Seconds, with milliseconds, that the command took.
-seconds_of() {
-    local start end
-    start=$(date +%s%N)
-    "$@" || { echo "$0: $* failed; the end of $log:" >&2; tail -20 "$log" >&2; return 1; }
-    end=$(date +%s%N)
-    awk -v ns=$((end - start)) 'BEGIN { printf "%.3f", ns / 1e9 }'
-}
-
-best_of() {
-    local best="" t
-    for _ in $(seq "$runs"); do
-        t=$(seconds_of "$@") || return 1
-        if [ -z "$best" ] || awk -v a="$t" -v b="$best" 'BEGIN { exit !(a < b) }'; then
-            best=$t
-        fi
-    done
-    printf '%s' "$best"
-}
-
-echo "prefix      $WINEPREFIX (removed at exit)"
-wineboot -i >>"$log" 2>&1
-wineserver -w
-
-"$bench" write-reg --keys "$keys" --values "$values" --seed "$seed" \
-    --out "$work/generated.reg" --files "$WINEPREFIX/drive_c" >"$work/generated.txt"
-sed 's/^/generated   /' "$work/generated.txt"
-
-wine regedit /s "$(windows_path "$work/generated.reg")" >>"$log" 2>&1
-# The server writes the registry out when it ends; only then is the import settled.
-wineserver -w
+# shellcheck source=bench/wine_bench_lib.sh
+source "$(dirname "$0")/wine_bench_lib.sh"
+start_bench_prefix regvex-wine-bench
+import_generated_tree
 
 # From here on one server holds the registry for every timed command, so that none of
 # them pays for loading it.

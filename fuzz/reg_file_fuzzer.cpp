@@ -49,8 +49,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
     MemoryRegistry registry(ansi);
     if (const auto error = backup::ImportRegText(bytes, registry, ansi)) {
-        if (error->message.empty()) {
-            __builtin_trap();  // a refusal that does not say why
+        // A refusal says why, at a line the file has.
+        if (error->message.empty() || error->line < 1 || error->line > size + 1) {
+            __builtin_trap();
         }
         return 0;
     }

@@ -63,20 +63,27 @@ bool QuotedFormFits(const std::vector<std::uint8_t>& data) {
 std::string ValueLine(std::string_view name, std::uint32_t type,
                       const std::vector<std::uint8_t>& data) {
     static constexpr char kDigits[] = "0123456789abcdef";
-    std::string line = name.empty() ? "@=" : "\"" + LineBreaksEscaped(EscapeRegText(name)) + "\"=";
+    std::string line;
+    if (name.empty()) {
+        line.append("@=");
+    } else {
+        line.append("\"").append(LineBreaksEscaped(EscapeRegText(name))).append("\"=");
+    }
     if (type == reg::kSz && QuotedFormFits(data)) {
         const std::string_view text(reinterpret_cast<const char*>(data.data()), data.size() - 1);
-        return line + "\"" + EscapeRegText(text) + "\"";
+        return line.append("\"").append(EscapeRegText(text)).append("\"");
     }
     if (type == reg::kDword && data.size() == 4) {
-        const std::uint32_t number = static_cast<std::uint32_t>(
-            data[0] | data[1] << 8 | data[2] << 16 | static_cast<std::uint32_t>(data[3]) << 24);
+        std::uint32_t number = 0;
+        for (int i = 3; i >= 0; --i) {
+            number = number << 8 | static_cast<std::uint32_t>(data[static_cast<std::size_t>(i)]);
+        }
         char digits[9];
         for (int i = 7; i >= 0; --i) {
             digits[7 - i] = kDigits[(number >> (4 * i)) & 0xF];
         }
         digits[8] = '\0';
-        return line + "dword:" + digits;
+        return line.append("dword:").append(digits);
     }
     if (type == reg::kBinary) {
         line += "hex:";
@@ -104,7 +111,11 @@ std::string ValueLine(std::string_view name, std::uint32_t type,
 }
 
 std::string FullName(RootKeyHandle root, std::string_view path) {
-    return path.empty() ? RootKeyName(root) : RootKeyName(root) + "\\" + std::string(path);
+    std::string name = RootKeyName(root);
+    if (!path.empty()) {
+        name.append("\\").append(path);
+    }
+    return name;
 }
 
 }  // namespace
@@ -153,14 +164,20 @@ ExportCount WriteExportTree(Registry& registry, RootKeyHandle root, std::string_
                 ++count.keys_missed;
                 continue;
             }
-            children.push_back(key_path.empty() ? name : key_path + "\\" + name);
+            children.push_back(key_path);
+            if (!key_path.empty()) {
+                children.back().append("\\");
+            }
+            children.back().append(name);
         }
         if (status != reg::kNoMoreItems) {
             ++count.keys_missed;
         }
         // A root is written only when it holds something.
         if (!key_path.empty() || !lines.empty() || !children.empty()) {
-            WriteLine(out, "[" + LineBreaksEscaped(FullName(root, key_path)) + "]");
+            std::string key_line = "[";
+            key_line.append(LineBreaksEscaped(FullName(root, key_path))).append("]");
+            WriteLine(out, key_line);
             for (const std::string& line : lines) {
                 WriteLine(out, line);
             }

@@ -224,7 +224,7 @@ int RunOfflineBackups(const std::vector<std::string>& args, std::ostream& out, s
         out << "Deleted\t" << VisibleText(entries[number - 1].number_text) << '\n';
         return kExitOk;
     }
-    if (sources.Live()) {
+    if (!OnHiveFiles(sources)) {
         err << "regvexlor-cli: restore a backup to hive files with --hive or --windows\n";
         return kExitUsage;
     }

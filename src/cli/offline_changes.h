@@ -12,6 +12,7 @@
 #include "backup/registry_export.h"
 #include "cli/change_recorder.h"
 #include "cli/cli_platform.h"
+#include "cli/registry_source.h"
 #include "system/file_system.h"
 
 namespace regvex::cli {
@@ -49,6 +50,11 @@ struct OfflineValue {
 };
 
 std::string FullKey(RootKeyHandle root, const std::string& path);
+
+// Whether the source options name hive files (--hive or --windows).
+inline bool OnHiveFiles(const SourceOptions& sources) {
+    return !sources.hives.empty() || !sources.windows_dir.empty();
+}
 
 // The folder chosen with --backups, else RegBackups beside the program.
 std::filesystem::path BackupsFolderOf(const std::string& chosen, CliPlatform& platform);

@@ -101,7 +101,13 @@ bool ParseRepairOptions(std::vector<std::string> args, RepairOptions& options, s
         return false;
     }
     const SourceOptions& sources = options.scan.sources;
-    if (!options.scan.help && (!sources.registry_files.empty() || sources.Live())) {
+    if (!sources.wine_prefix.empty()) {
+        error =
+            "a Wine prefix is not yet changed from outside; run regvexlor-cli.exe fix under "
+            "Wine in that prefix";
+        return false;
+    }
+    if (!options.scan.help && !OnHiveFiles(sources)) {
         error =
             "fix --backups and --dry-run work on hive files (--hive or --windows); "
             "--registry files cannot be written back";
@@ -145,7 +151,8 @@ bool ReadWhole(Registry& registry, KeyHandle key, const std::string& name,
 
 bool IsOfflineRepair(const std::vector<std::string>& args) {
     return std::any_of(args.begin(), args.end(), [](const std::string& arg) {
-        return arg == "--backups" || arg == "--dry-run" || arg == "--hive" || arg == "--windows";
+        return arg == "--backups" || arg == "--dry-run" || arg == "--hive" || arg == "--windows" ||
+               arg == "--wine-prefix";
     });
 }
 

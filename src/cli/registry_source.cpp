@@ -5,6 +5,7 @@
 
 #include "backup/reg_file_reader.h"
 #include "cli/visible_text.h"
+#include "cli/wine_source.h"
 #include "engine/memory_registry.h"
 #include "engine/mounted_registry.h"
 #include "offline/windows_layout.h"
@@ -21,7 +22,9 @@ const char* const kSourceUsage =
     "                        roots with nothing mounted are empty)\n"
     "  --windows DIR         the registry of the Windows partition whose root is DIR,\n"
     "                        mounted as Windows does; its drive C: is DIR\n"
-    "  --user NAME           with --windows: the profile that is HKEY_CURRENT_USER\n";
+    "  --user NAME           with --windows: the profile that is HKEY_CURRENT_USER\n"
+    "  --wine-prefix DIR     the Wine prefix DIR, read from its registry files as a program\n"
+    "                        run in it would see it; its drives are those of DIR/dosdevices\n";
 
 namespace {
 
@@ -64,6 +67,9 @@ std::string_view KindGiven(const SourceOptions& sources) {
     if (!sources.windows_dir.empty() || !sources.user.empty()) {
         return "--windows";
     }
+    if (!sources.wine_prefix.empty()) {
+        return "--wine-prefix";
+    }
     return {};
 }
 
@@ -71,7 +77,7 @@ std::string_view KindGiven(const SourceOptions& sources) {
 
 bool IsSourceOption(std::string_view option) {
     return option == "--registry" || option == "--hive" || option == "--windows" ||
-           option == "--user";
+           option == "--user" || option == "--wine-prefix";
 }
 
 bool ParseSourceOption(const std::string& option, const std::string& value, SourceOptions& sources,
@@ -83,9 +89,9 @@ bool ParseSourceOption(const std::string& option, const std::string& value, Sour
         return false;
     }
     if (value.empty()) {
-        error = option + (option == "--windows" ? " needs a folder"
-                          : option == "--user"  ? " needs a profile name"
-                                                : " needs a file");
+        error = option + (option == "--windows" || option == "--wine-prefix" ? " needs a folder"
+                          : option == "--user" ? " needs a profile name"
+                                               : " needs a file");
         return false;
     }
     if (option == "--registry") {
@@ -103,8 +109,10 @@ bool ParseSourceOption(const std::string& option, const std::string& value, Sour
         }
         mount.file = value.substr(equals + 1);
         sources.hives.push_back(std::move(mount));
-    } else if (option == "--windows" || option == "--user") {
-        std::string& slot = option == "--windows" ? sources.windows_dir : sources.user;
+    } else {
+        std::string& slot = option == "--windows" ? sources.windows_dir
+                            : option == "--user"  ? sources.user
+                                                  : sources.wine_prefix;
         if (!slot.empty()) {
             error = option + " can be given once";
             return false;
@@ -173,12 +181,23 @@ std::unique_ptr<OpenedSource> OpenSource(const SourceOptions& sources, std::ostr
             return nullptr;
         }
         opened->registry = &system->registry;
-        opened->drive.emplace('C', root);
+        opened->drives.emplace_back('C', root);
         for (auto& hive : system->hives) {
             opened->owned.push_back(std::move(hive));
         }
         system->hives.clear();
         opened->windows = std::move(system);
+    } else if (!sources.wine_prefix.empty()) {
+        std::vector<std::pair<char, std::string>> drives;
+        auto registry = OpenWinePrefix(sources.wine_prefix, err, drives);
+        if (!registry) {
+            return nullptr;
+        }
+        for (const auto& [letter, folder] : drives) {
+            opened->drives.emplace_back(letter, text::PathFromUtf8(folder));
+        }
+        opened->registry = registry.get();
+        opened->owned.push_back(std::move(registry));
     } else {
         auto live = platform.OpenLiveRegistry(error);
         if (!live) {

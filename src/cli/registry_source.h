@@ -27,8 +27,7 @@ struct SourceOptions {
     std::vector<HiveMount> hives;
     std::string windows_dir;
     std::string user;  // with --windows: the profile that is HKEY_CURRENT_USER
-
-    bool Live() const { return registry_files.empty() && hives.empty() && windows_dir.empty(); }
+    std::string wine_prefix;
 };
 
 // The usage lines of the source options.
@@ -60,8 +59,9 @@ struct OpenedSource {
     Registry* registry = nullptr;                  // the registry to walk; owned below
     std::vector<std::unique_ptr<Registry>> owned;  // parts first, what joins them last
     std::unique_ptr<offline::WindowsSystem> windows;
-    // A drive that the source brings with it: a Windows partition is drive C:.
-    std::optional<std::pair<char, std::filesystem::path>> drive;
+    // Drives that the source brings with it: a Windows partition is drive C:, a Wine
+    // prefix has those of its dosdevices folder.
+    std::vector<std::pair<char, std::filesystem::path>> drives;
 };
 
 // Opens the registry the options name; null with the message written to `err` when it

@@ -207,9 +207,13 @@ std::unique_ptr<FileExistence> ChooseFiles(const ScanOptions& options, const Ope
         }
         map->Map(letter, text::PathFromUtf8(folder));
     }
-    // A partition brings its own drive, unless a map says otherwise.
-    if (source != nullptr && source->drive && !map->IsMapped(source->drive->first)) {
-        map->Map(source->drive->first, source->drive->second);
+    // A partition or a prefix brings its own drives, unless a map says otherwise.
+    if (source != nullptr) {
+        for (const auto& [letter, folder] : source->drives) {
+            if (!map->IsMapped(letter)) {
+                map->Map(letter, folder);
+            }
+        }
     }
     if (map->IsMapped(drive)) {
         return map;

@@ -279,9 +279,9 @@ bool HiveRegistry::ReadData(const Key& key, std::size_t value, std::string_view 
     return true;
 }
 
-RegStatus HiveRegistry::ReadValue(KeyHandle key, std::uint32_t index, std::string& name,
-                                  std::uint32_t& type, std::vector<std::uint8_t>& data) {
-    Key* const found = Lookup(key);
+RegStatus HiveRegistry::ValueAt(KeyHandle key, std::uint32_t index, Key*& found,
+                                std::string& name) {
+    found = Lookup(key);
     if (found == nullptr) {
         return reg::kInvalidHandle;
     }
@@ -297,26 +297,27 @@ RegStatus HiveRegistry::ReadValue(KeyHandle key, std::uint32_t index, std::strin
         return kRegistryCorrupt;
     }
     name.assign(raw_name.get(), hivex_value_key_len(h, handle));
+    return reg::kSuccess;
+}
+
+RegStatus HiveRegistry::ReadValue(KeyHandle key, std::uint32_t index, std::string& name,
+                                  std::uint32_t& type, std::vector<std::uint8_t>& data) {
+    Key* found = nullptr;
+    if (const RegStatus status = ValueAt(key, index, found, name); status != reg::kSuccess) {
+        return status;
+    }
     return ReadData(*found, index, name, type, data) ? reg::kSuccess : kRegistryCorrupt;
 }
 
 RegStatus HiveRegistry::EnumValue(KeyHandle key, std::uint32_t index, ValueSlot& value) {
-    Key* const found = Lookup(key);
-    if (found == nullptr) {
-        return reg::kInvalidHandle;
-    }
-    ReadValues(*found);
-    if (index >= found->values.size()) {
-        return reg::kNoMoreItems;
+    Key* found = nullptr;
+    if (const RegStatus status = ValueAt(key, index, found, name_scratch_);
+        status != reg::kSuccess) {
+        return status;
     }
     hive_h* const h = hive_->get();
     const hive_value_h handle = found->values[index];
-    const Malloced<char> raw_name(hivex_value_key(h, handle));
-    if (!raw_name) {
-        Warn(*found, "a value's name cannot be read (" + ErrorText() + ")");
-        return kRegistryCorrupt;
-    }
-    const std::string_view name(raw_name.get(), hivex_value_key_len(h, handle));
+    const std::string_view name = name_scratch_;
     if (text::Utf16Length(name) >= reg::kNameBufferChars) {
         return reg::kMoreData;
     }

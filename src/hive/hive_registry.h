@@ -67,12 +67,15 @@ class HiveRegistry final : public Registry {
     KeyHandle NewHandle(KeyPtr key);
     void ReadSubkeys(Key& key);
     void ReadValues(Key& key);
+    // The key and name of value `index` of an open key.
+    RegStatus ValueAt(KeyHandle key, std::uint32_t index, Key*& found, std::string& name);
     // The value's data as the registry gives it: text as UTF-8. False when it is damaged.
     bool ReadData(const Key& key, std::size_t value, std::string_view name, std::uint32_t& type,
                   std::vector<std::uint8_t>& data);
     void Warn(const Key& key, std::string_view what);
 
     std::unique_ptr<HivexHandle> hive_;
+    std::string name_scratch_;
     std::string label_;
     WarningSink warn_;
     const text::AnsiCodePage& ansi_;

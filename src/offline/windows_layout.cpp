@@ -47,8 +47,10 @@ bool ReadDword(Registry& hive, std::string_view path, std::string_view name,
         data.size() != 4) {
         return false;
     }
-    number = static_cast<std::uint32_t>(data[0] | data[1] << 8 | data[2] << 16 |
-                                        static_cast<std::uint32_t>(data[3]) << 24);
+    number = 0;
+    for (std::size_t i = data.size(); i-- > 0;) {
+        number = number << 8 | static_cast<std::uint32_t>(data[i]);
+    }
     return true;
 }
 

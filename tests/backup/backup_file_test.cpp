@@ -11,7 +11,7 @@ namespace {
 
 const text::Windows1252CodePage kAnsi;
 
-std::string Lines(std::initializer_list<std::string_view> lines) {
+std::string Lines(const std::vector<std::string_view>& lines) {
     std::string bytes;
     for (const std::string_view line : lines) {
         bytes.append(line).append("\r\n");
@@ -19,32 +19,34 @@ std::string Lines(std::initializer_list<std::string_view> lines) {
     return bytes;
 }
 
-TEST(BackupFile, GroupsNeighbouringRowsOfOneKeyAndWritesDefaultValuesWithAnAt) {
-    const std::vector<BackupRow> rows = {
-        {"HKEY_CURRENT_USER", "Software\\Foo\\A", "C:\\a.exe"},
-        {"HKEY_CURRENT_USER", "Software\\Foo\\B", "C:\\b.exe"},
-        {"HKEY_CLASSES_ROOT", "foo\\shell\\open\\command\\", "\"C:\\foo.exe\" \"%1\""},
+TEST(BackupFile, GroupsNeighbouringRowsOfOneKeyInTheAnsiCodePage) {
+    const struct {
+        std::vector<BackupRow> rows;
+        std::vector<std::string_view> lines;
+    } cases[] = {
+        // A default value is written with an at.
+        {{{"HKEY_CURRENT_USER", "Software\\Foo\\A", "C:\\a.exe"},
+          {"HKEY_CURRENT_USER", "Software\\Foo\\B", "C:\\b.exe"},
+          {"HKEY_CLASSES_ROOT", "foo\\shell\\open\\command\\", "\"C:\\foo.exe\" \"%1\""}},
+         {"REGEDIT4", "", "[HKEY_CURRENT_USER\\Software\\Foo]", R"("A"="C:\\a.exe")",
+          R"("B"="C:\\b.exe")", "", "[HKEY_CLASSES_ROOT\\foo\\shell\\open\\command]",
+          R"(@="\"C:\\foo.exe\" \"%1\"")"}},
+        // A key that comes back after another gets a second key line.
+        {{{"HKEY_LOCAL_MACHINE", "A\\x", "1"},
+          {"HKEY_LOCAL_MACHINE", "B\\y", "2"},
+          {"HKEY_LOCAL_MACHINE", "A\\z", "3"}},
+         {"REGEDIT4", "", "[HKEY_LOCAL_MACHINE\\A]", R"("x"="1")", "", "[HKEY_LOCAL_MACHINE\\B]",
+          R"("y"="2")", "", "[HKEY_LOCAL_MACHINE\\A]", R"("z"="3")"}},
+        {{}, {"REGEDIT4"}},
+        // Key names are written as they stand.
+        {{{"HKEY_USERS", "a\"b\\c\\d", "x"}},
+         {"REGEDIT4", "", "[HKEY_USERS\\a\"b\\c]", R"("d"="x")"}},
+        {{{"HKEY_CURRENT_USER", "Caf\xC3\xA9\\n\xC3\xA4me", "C:\\\xC3\xBC.exe"}},
+         {"REGEDIT4", "", "[HKEY_CURRENT_USER\\Caf\xE9]", "\"n\xE4me\"=\"C:\\\\\xFC.exe\""}},
     };
-    EXPECT_EQ(BackupFileBytes(rows, kAnsi),
-              Lines({"REGEDIT4", "", "[HKEY_CURRENT_USER\\Software\\Foo]", R"("A"="C:\\a.exe")",
-                     R"("B"="C:\\b.exe")", "", "[HKEY_CLASSES_ROOT\\foo\\shell\\open\\command]",
-                     R"(@="\"C:\\foo.exe\" \"%1\"")"}));
-}
-
-TEST(BackupFile, AKeyThatComesBackAfterAnotherGetsASecondKeyLine) {
-    const std::vector<BackupRow> rows = {
-        {"HKEY_LOCAL_MACHINE", "A\\x", "1"},
-        {"HKEY_LOCAL_MACHINE", "B\\y", "2"},
-        {"HKEY_LOCAL_MACHINE", "A\\z", "3"},
-    };
-    EXPECT_EQ(BackupFileBytes(rows, kAnsi),
-              Lines({"REGEDIT4", "", "[HKEY_LOCAL_MACHINE\\A]", R"("x"="1")", "",
-                     "[HKEY_LOCAL_MACHINE\\B]", R"("y"="2")", "", "[HKEY_LOCAL_MACHINE\\A]",
-                     R"("z"="3")"}));
-}
-
-TEST(BackupFile, NoRowsGiveTheHeaderAlone) {
-    EXPECT_EQ(BackupFileBytes({}, kAnsi), "REGEDIT4\r\n");
+    for (const auto& c : cases) {
+        EXPECT_EQ(BackupFileBytes(c.rows, kAnsi), Lines(c.lines));
+    }
 }
 
 TEST(BackupFile, EscapesBackslashesBeforeQuotesInNamesAndData) {
@@ -61,9 +63,8 @@ TEST(BackupFile, EscapesBackslashesBeforeQuotesInNamesAndData) {
     };
     for (const auto& c : cases) {
         EXPECT_EQ(EscapeRegText(c.text), c.escaped) << c.text;
-        const std::string quoted = "\"" + std::string(c.escaped) + "\"";
         EXPECT_EQ(BackupLines({{"HKEY_USERS", "K\\v", std::string(c.text)}}).back(),
-                  "\"v\"=" + quoted);
+                  std::string("\"v\"=\"").append(c.escaped).append("\""));
     }
 }
 
@@ -81,18 +82,6 @@ TEST(BackupFile, LineBreaksNeverSplitALine) {
                   "", "[HKEY_CURRENT_USER\\K\\r\\n]", R"("a\nme"="x")"}));
     // Hex data is UTF-16: the file is written in the Unicode format.
     EXPECT_EQ(BackupFileBytes(rows, kAnsi).substr(0, 2), "\xFF\xFE");
-}
-
-TEST(BackupFile, KeyNamesAreWrittenAsTheyStand) {
-    EXPECT_EQ(BackupLines({{"HKEY_USERS", "a\"b\\c\\d", "x"}}),
-              (std::vector<std::string>{"", "[HKEY_USERS\\a\"b\\c]", R"("d"="x")"}));
-}
-
-TEST(BackupFile, AnsiTextIsWrittenInTheCodePage) {
-    const std::string bytes = BackupFileBytes(
-        {{"HKEY_CURRENT_USER", "Caf\xC3\xA9\\n\xC3\xA4me", "C:\\\xC3\xBC.exe"}}, kAnsi);
-    EXPECT_EQ(bytes, Lines({"REGEDIT4", "", "[HKEY_CURRENT_USER\\Caf\xE9]",
-                            "\"n\xE4me\"=\"C:\\\\\xFC.exe\""}));
 }
 
 TEST(BackupFile, TextOutsideTheCodePageMakesTheWholeFileUnicode) {

@@ -10,6 +10,7 @@
 #include "cli/visible_text.h"
 #include "engine/memory_registry.h"
 #include "engine/reg_search.h"
+#include "support/cli_platform.h"
 #include "support/forwarding_registry.h"
 #include "support/registry_fixtures.h"
 #include "support/search_doubles.h"
@@ -27,40 +28,10 @@ std::string ReadFile(const std::string& path) {
     return text.str();
 }
 
-// A system without a registry or drives of its own, as Linux is; or, when given one,
-// a system whose live registry is `live` and whose files all exist.
-class FakePlatform final : public CliPlatform {
-  public:
-    std::unique_ptr<Registry> OpenLiveRegistry(std::string& why_not) override {
-        why_not = "no live registry here";
-        return nullptr;
-    }
-    std::unique_ptr<FileExistence> SystemFiles() override { return nullptr; }
-    const text::AnsiCodePage& AnsiCodePage() override { return code_page_; }
-    AccessMask KeyAccessMask() override { return reg::kKeyAllAccess; }
-    RepairPlatform* Repair(std::string& why_not) override {
-        why_not = "no live registry to repair here";
-        return nullptr;
-    }
-    bool StdoutIsTerminal() override { return false; }
-    bool StderrIsTerminal() override { return false; }
-
-  private:
-    text::Windows1252CodePage code_page_;
-};
-
-struct CliRun {
-    int exit_code;
-    std::string out;
-    std::string err;
-};
+using CliRun = testing::FakeCliPlatform::Run;
 
 CliRun RunWith(const std::vector<std::string>& args) {
-    FakePlatform platform;
-    std::ostringstream out;
-    std::ostringstream err;
-    const int exit_code = RunCli(args, out, err, platform);
-    return {exit_code, out.str(), err.str()};
+    return testing::FakeCliPlatform().Cli(args);
 }
 
 TEST(Cli, ScanListsExactlyTheMissingFilesOfTheFixtureInOrder) {
@@ -233,37 +204,6 @@ TEST(Cli, MalformedRegistryFileNamesTheLine) {
         {"scan", "--drive", "C:", "--registry", file, "--map", "C:=" + folder.path().string()});
     EXPECT_EQ(run.exit_code, kExitUsage);
     EXPECT_NE(run.err.find("broken.reg:4: "), std::string::npos) << run.err;
-}
-
-TEST(Cli, IgnoreListLeavesOutFindingsWhosePathOrSubkeyHoldsAnEntry) {
-    // \app\ twice in two cases, an empty line, "caf\xE9" in Windows-1252, and a last
-    // line without its CR LF; all upper-cased on reading.
-    const CliRun run =
-        RunWith({"scan", "--drive", "C:", "--registry", kFixtures + "/scan_examples.reg", "--map",
-                 "C:=" + kFixtures + "/drive_c", "--ignore", kFixtures + "/scan_examples.ignore"});
-    EXPECT_EQ(run.exit_code, kExitOk) << run.err;
-    EXPECT_EQ(run.out,
-              "Invalid Entry\tHKEY_CURRENT_USER\t"
-              R"(Software\\Vexlor Fixture\\Rundll)"
-              "\t"
-              R"(rundll32.exe C:\\Win\\shell32.dll,Control_RunDLL)"
-              "\n"
-              "Invalid Entry\tHKEY_CURRENT_USER\t"
-              R"(Software\\Vexlor Fixture\\)"
-              "\t"
-              R"(C:\\Default\\gone.dll)"
-              "\n"
-              "Invalid Entry\tHKEY_CURRENT_USER\t"
-              R"(Software\\Vexlor Fixture\\Multi)"
-              "\t"
-              R"(C:\\first.exe)"
-              "\n"
-              "Invalid Entry\tHKEY_LOCAL_MACHINE\t"
-              R"(SOFTWARE\\Vexlor Fixture\\Machine)"
-              "\t"
-              R"(C:\\Windows\\gone.sys)"
-              "\n");
-    EXPECT_EQ(run.err, "4 errors found\n");
 }
 
 TEST(Cli, IgnoreEntriesMatchPathAndSubkeyByTheProgramsRules) {

@@ -6,7 +6,7 @@
 #include "backup/reg_file_reader.h"
 #include "cli/cli.h"
 #include "engine/memory_registry.h"
-#include "support/forwarding_registry.h"
+#include "support/cli_platform.h"
 #include "support/system_doubles.h"
 
 namespace regvex::cli {
@@ -16,26 +16,19 @@ const std::string kFixtures = std::string(REGVEX_FIXTURES_DIR) + "/cli";
 constexpr const char* kFolder = "C:\\Vexlor";
 constexpr const char* kBackups = "C:\\Vexlor\\RegBackups";
 
-class LivePlatform final : public CliPlatform, public RepairPlatform {
+// The fixture's registry as the live one, with a repair side in memory.
+class LivePlatform final : public testing::FakeCliPlatform, public RepairPlatform {
   public:
     LivePlatform() {
+        live = &registry;
+        repair = this;
         const auto error =
-            backup::ImportRegFile(kFixtures + "/scan_examples.reg", registry, code_page_);
+            backup::ImportRegFile(kFixtures + "/scan_examples.reg", registry, code_page);
         if (error) {
             throw std::runtime_error(error->message);
         }
         disk.folders.insert(kFolder);
     }
-    std::unique_ptr<Registry> OpenLiveRegistry(std::string&) override {
-        return std::make_unique<testing::ForwardingRegistry>(registry);
-    }
-    std::unique_ptr<FileExistence> SystemFiles() override { return nullptr; }
-    const text::AnsiCodePage& AnsiCodePage() override { return code_page_; }
-    AccessMask KeyAccessMask() override { return reg::kKeyAllAccess; }
-    RepairPlatform* Repair(std::string&) override { return this; }
-    bool StdoutIsTerminal() override { return false; }
-    bool StderrIsTerminal() override { return false; }
-
     std::string ProgramFolder() override { return kFolder; }
     system::FileSystem& Disk() override { return disk; }
     system::ProcessLauncher& Processes() override { return processes; }
@@ -43,17 +36,6 @@ class LivePlatform final : public CliPlatform, public RepairPlatform {
     bool Is64BitWindows() override { return false; }
     std::string GeneralDateText() override { return "6/3/2013 4:05:06 PM"; }
 
-    struct Run {
-        int exit_code;
-        std::string out;
-        std::string err;
-    };
-    Run Cli(const std::vector<std::string>& args) {
-        std::ostringstream out;
-        std::ostringstream err;
-        const int exit_code = RunCli(args, out, err, *this);
-        return {exit_code, out.str(), err.str()};
-    }
     Run Scan() { return Cli({"scan", "--drive", "C:", "--map", "C:=" + kFixtures + "/drive_c"}); }
 
     MemoryRegistry registry;
@@ -66,7 +48,6 @@ class LivePlatform final : public CliPlatform, public RepairPlatform {
         std::uintptr_t Disable() override { return 0; }
         void Revert(std::uintptr_t) override {}
     } redirection;
-    text::Windows1252CodePage code_page_;
 };
 
 std::size_t LineCount(const std::string& text) {

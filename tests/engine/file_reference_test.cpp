@@ -205,12 +205,6 @@ TEST(DriveMap, AFileAndAFolderNamedAlikeButForCaseAreBothThere) {
     EXPECT_EQ(files.Check("C:\\sub\\missing.dll"), 0);
 }
 
-}  // namespace
-}  // namespace regvex
-
-namespace regvex {
-namespace {
-
 class CountingAnswers final : public FileExistence {
   public:
     int Check(const std::string& path) override {

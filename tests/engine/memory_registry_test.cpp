@@ -180,18 +180,12 @@ TEST(MemoryRegistry, CreateMakesParentsAndDeletingATreeInvalidatesItsHandles) {
     EXPECT_EQ(registry.DeleteKeyTree(kHkeyCurrentUser, "gone"), reg::kFileNotFound);
 }
 
-}  // namespace
-}  // namespace regvex
-
-namespace regvex {
-namespace {
-
 TEST(MemoryRegistry, OpensInAnyOrderReachTheRightKeys) {
     MemoryRegistry registry;
     for (const char* path : {"A", "A\\B", "A\\B\\C", "A\\BB", "AB", "AB\\C", "X\\Y\\Z", "X\\Y"}) {
-        testing::PutString(registry, kHkeyCurrentUser, path, "id", path);
+        PutString(registry, kHkeyCurrentUser, path, "id", path);
     }
-    testing::PutString(registry, kHkeyLocalMachine, "A\\B", "id", "machine A\\B");
+    PutString(registry, kHkeyLocalMachine, "A\\B", "id", "machine A\\B");
     const struct {
         RootKeyHandle root;
         const char* path;
@@ -237,15 +231,7 @@ TEST(MemoryRegistry, OpensInAnyOrderReachTheRightKeys) {
     EXPECT_EQ(ScopedKey::Open(registry, kHkeyCurrentUser, "X", reg::kKeyRead, gone), 0);
 }
 
-}  // namespace
-}  // namespace regvex
-
-namespace regvex {
-namespace {
-
 using testing::DumpRegistry;
-using testing::PutKey;
-using testing::PutString;
 
 std::string Levels(std::size_t count) {
     std::string path = "d";

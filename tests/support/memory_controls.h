@@ -2,6 +2,7 @@
 // The controls of a window, held in memory, for testing code-behind classes natively.
 
 #include <algorithm>
+#include <map>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -102,17 +103,23 @@ class MemoryListBox final : public ui::ListBox {
     }
     int ListIndex() const override { return list_index; }
     void SetListIndex(int index) override { list_index = index; }
-    // Every character is 100 twips wide here.
+    // Every character is 100 twips wide, unless the text's width is in the table.
     double TextWidthTwips(std::string_view text) const override {
-        return 100.0 * static_cast<double>(text.size());
+        const auto it = widths.find(std::string(text));
+        return it != widths.end() ? it->second : 100.0 * static_cast<double>(text.size());
     }
-    void SetHorizontalExtent(int pixels) override { horizontal_extent = pixels; }
+    void SetHorizontalExtent(int pixels) override {
+        horizontal_extent = pixels;
+        extents.push_back(pixels);
+    }
     void ScrollToBottom() override { ++scrolled_to_bottom; }
 
     std::vector<std::string> items;
     int list_index = -1;
     int horizontal_extent = 0;
+    std::vector<int> extents;  // every extent set, in order
     int scrolled_to_bottom = 0;
+    std::map<std::string, double> widths;
 };
 
 class MemoryListView final : public ui::CheckListView {

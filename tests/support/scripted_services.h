@@ -1,6 +1,7 @@
 #pragma once
 // Services of the platform, scripted for tests: message boxes answered from a queue and
-// recorded, a clock that tests set, text files in memory.
+// recorded, a clock that tests set, text files in memory, a shell that records what it
+// was asked to open.
 
 #include <deque>
 #include <functional>
@@ -41,6 +42,14 @@ class ScriptedDialogs final : public ui::MessageDialogs {
         return answer;
     }
 
+    std::vector<std::string> Prompts() const {
+        std::vector<std::string> prompts;
+        for (const auto& box : shown) {
+            prompts.push_back(box.prompt);
+        }
+        return prompts;
+    }
+
     std::vector<Shown> shown;
     std::deque<int> answers;  // answered in order; when empty: Yes, or OK
     std::vector<ui::DialogColor> last_colors;
@@ -58,17 +67,19 @@ class ScriptedClock final : public ui::Clock {
     std::string date_text = "6/3/2013 4:05:06 PM";
 };
 
+// Counts writes, so that a rewrite changing nothing can be seen.
 class MemoryTextFiles final : public ui::TextFiles {
   public:
     bool Exists(const std::string& path) override { return files.count(path) != 0; }
     std::optional<std::string> Read(const std::string& path) override {
         auto it = files.find(path);
-        if (it == files.end()) {
+        if (it == files.end() || unreadable) {
             return std::nullopt;
         }
         return it->second;
     }
     bool Write(const std::string& path, std::string_view bytes) override {
+        ++writes;
         if (read_only.count(path) != 0) {
             return false;
         }
@@ -77,6 +88,20 @@ class MemoryTextFiles final : public ui::TextFiles {
     }
     std::map<std::string, std::string> files;
     std::map<std::string, bool> read_only;
+    int writes = 0;
+    bool unreadable = false;
+};
+
+class RecordingShell final : public ui::Shell {
+  public:
+    void OpenUrl(std::string_view url) override { urls.emplace_back(url); }
+    bool ShowHelp(std::string_view path) override {
+        help.emplace_back(path);
+        return help_available;
+    }
+    std::vector<std::string> urls;
+    std::vector<std::string> help;
+    bool help_available = true;
 };
 
 }  // namespace regvex::testing

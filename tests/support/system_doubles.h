@@ -1,6 +1,6 @@
 #pragma once
 // The file system and process start in memory: files kept by path, programs recorded by
-// command line.
+// command line, and the one question a scan asks of files.
 
 #include <algorithm>
 #include <functional>
@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/path_exists.h"
 #include "system/file_system.h"
 #include "system/process.h"
 
@@ -84,6 +85,17 @@ class RecordingProcesses final : public system::ProcessLauncher {
     std::vector<std::string> started;
     bool can_start = true;
     std::function<void(const std::string&)> on_run;
+};
+
+// Files exist when listed, compared exactly; every question is written down.
+class SetOfFiles final : public FileExistence {
+  public:
+    int Check(const std::string& path) override {
+        asked.push_back(path);
+        return present.count(path) != 0 ? 1 : 0;
+    }
+    std::set<std::string> present;
+    std::vector<std::string> asked;
 };
 
 }  // namespace regvex::testing

@@ -10,31 +10,13 @@ using namespace regvex::testing;
 
 constexpr const char* kFolder = "C:\\App\\RegBackups";
 
-struct BackupsRig : MainWindowRig {
-    BackupsRig() {
-        state.program_folder = "C:\\App";
-        disk.folders.insert("C:\\App");
-        main.Form_Load();
-    }
-    void AddFinding(std::string root, std::string sub_key, std::string value, bool checked) {
-        errors.AddRow({"Invalid Entry", std::move(root), std::move(sub_key), std::move(value)});
-        errors.rows.back().checked = checked;
-    }
-    void AddBackupFile(const std::string& name, std::size_t size = 100) {
-        disk.folders.insert(kFolder);
-        disk.files[std::string(kFolder) + "\\" + name] = std::string(size, 'x');
-    }
-    std::vector<std::string> Prompts() const {
-        std::vector<std::string> prompts;
-        for (const auto& shown : dialogs.shown) {
-            prompts.push_back(shown.prompt);
-        }
-        return prompts;
-    }
-};
+void AddBackupFile(MainWindowRig& rig, const std::string& name, std::size_t size = 100) {
+    rig.disk.folders.insert(kFolder);
+    rig.disk.files[std::string(kFolder) + "\\" + name] = std::string(size, 'x');
+}
 
 TEST(Fix, BacksUpThenDeletesCheckedValuesAndReportsTheRowsNotChecked) {
-    BackupsRig rig;
+    LoadedMainWindowRig rig;
     PutString(rig.registry, kHkeyCurrentUser, "Software\\Foo", "A", "C:\\a.exe");
     PutString(rig.registry, kHkeyCurrentUser, "Software\\Foo", "B", "C:\\b.exe");
     PutString(rig.registry, kHkeyCurrentUser, "Software\\Foo", "", "C:\\d.exe");
@@ -73,7 +55,7 @@ TEST(Fix, ReportsTheRowsNotCheckedWhateverTheRegistrySaid) {
         std::string not_removed;
     } cases[] = {{{false, false, false}, "3"}, {{true, true, true}, "0"}, {{}, "0"}};
     for (const auto& c : cases) {
-        BackupsRig rig;
+        LoadedMainWindowRig rig;
         for (const bool checked : c.checked) {
             // Unknown roots and values long gone are "deleted" all the same.
             rig.AddFinding("HKEY_ALL", "Gone\\Value", "C:\\x", checked);
@@ -87,7 +69,7 @@ TEST(Fix, ReportsTheRowsNotCheckedWhateverTheRegistrySaid) {
 }
 
 TEST(Fix, ASubkeyWithoutBackslashEndsTheCommandWithoutAReport) {
-    BackupsRig rig;
+    LoadedMainWindowRig rig;
     PutString(rig.registry, kHkeyCurrentUser, "K", "v", "C:\\x");
     rig.AddFinding("HKEY_CURRENT_USER", "K\\v", "C:\\x", true);
     rig.AddFinding("HKEY_CURRENT_USER", "NoBackslash", "C:\\y", true);
@@ -100,7 +82,7 @@ TEST(Fix, ASubkeyWithoutBackslashEndsTheCommandWithoutAReport) {
 }
 
 TEST(Fix, ABackupThatCannotBeWrittenDeletesNothing) {
-    BackupsRig rig;
+    LoadedMainWindowRig rig;
     rig.disk.can_create_folders = false;
     PutString(rig.registry, kHkeyCurrentUser, "K", "v", "C:\\x");
     rig.AddFinding("HKEY_CURRENT_USER", "K\\v", "C:\\x", true);
@@ -110,16 +92,10 @@ TEST(Fix, ABackupThatCannotBeWrittenDeletesNothing) {
     EXPECT_TRUE(rig.dialogs.shown.empty());
 }
 
-TEST(Fix, TheDeleteTaskRunsTheFix) {
-    BackupsRig rig;
-    rig.main.TaskPane_ItemClick(kDeleteTask);
-    EXPECT_EQ(rig.disk.files.size(), 1u);
-}
-
 TEST(BackupList, NumbersDatesAndSizesTheBackupsAndTagsTheirNames) {
-    BackupsRig rig;
-    rig.AddBackupFile("Backup (9-30-2013 1.00.00 PM).reg", 1023);
-    rig.AddBackupFile("Backup (10-1-2013 2.30.00 PM).reg", 1536);
+    LoadedMainWindowRig rig;
+    AddBackupFile(rig, "Backup (9-30-2013 1.00.00 PM).reg", 1023);
+    AddBackupFile(rig, "Backup (10-1-2013 2.30.00 PM).reg", 1536);
     rig.main.TaskPane_ItemClick(kRestoreTask);
     ASSERT_EQ(rig.backups.rows.size(), 2u);
     EXPECT_EQ(rig.backups.rows[0].texts,
@@ -132,12 +108,12 @@ TEST(BackupList, NumbersDatesAndSizesTheBackupsAndTagsTheirNames) {
 }
 
 TEST(BackupList, AnEmptyOrMissingFolderIsCreatedAndSaysSo) {
-    BackupsRig rig;
+    LoadedMainWindowRig rig;
     rig.backups.AddRow({"stale", "", ""});
     rig.main.LoadBackupList();
     EXPECT_TRUE(rig.disk.folders.count(kFolder));
     EXPECT_TRUE(rig.backups.rows.empty());
-    EXPECT_EQ(rig.Prompts(),
+    EXPECT_EQ(rig.dialogs.Prompts(),
               (std::vector<std::string>{"There are no backups available at this time."}));
 }
 
@@ -155,15 +131,15 @@ TEST(Restore, AsksForEachCheckedBackupAndStopsAtTheFirstNo) {
         {{mb::kNo}, {"Are you sure you want to restore this backup:  1/1/2020"}, 0},
     };
     for (const auto& c : cases) {
-        BackupsRig rig;
-        rig.AddBackupFile("Backup (1-1-2020).reg");
-        rig.AddBackupFile("Backup (1-2-2020).reg");
-        rig.AddBackupFile("Backup (1-3-2020).reg");
+        LoadedMainWindowRig rig;
+        AddBackupFile(rig, "Backup (1-1-2020).reg");
+        AddBackupFile(rig, "Backup (1-2-2020).reg");
+        AddBackupFile(rig, "Backup (1-3-2020).reg");
         rig.main.LoadBackupList();
         rig.backups.rows[0].checked = rig.backups.rows[1].checked = true;
         rig.dialogs.answers.assign(c.answers.begin(), c.answers.end());
         rig.main.Command1_Click();
-        EXPECT_EQ(rig.Prompts(), c.prompts);
+        EXPECT_EQ(rig.dialogs.Prompts(), c.prompts);
         ASSERT_EQ(rig.processes.waited.size(), c.imports);
         if (c.imports > 0) {
             EXPECT_EQ(rig.processes.waited[0],
@@ -173,8 +149,8 @@ TEST(Restore, AsksForEachCheckedBackupAndStopsAtTheFirstNo) {
 }
 
 TEST(Restore, NothingCheckedOrAScanRunningGetsItsOwnMessage) {
-    BackupsRig rig;
-    rig.AddBackupFile("Backup (1-1-2020).reg");
+    LoadedMainWindowRig rig;
+    AddBackupFile(rig, "Backup (1-1-2020).reg");
     rig.main.LoadBackupList();
     rig.main.Command1_Click();
     ASSERT_EQ(rig.dialogs.shown.size(), 1u);
@@ -187,16 +163,16 @@ TEST(Restore, NothingCheckedOrAScanRunningGetsItsOwnMessage) {
     rig.backups.rows[0].checked = true;
     rig.state.bScanning = true;
     rig.main.Command1_Click();
-    EXPECT_EQ(rig.Prompts(),
+    EXPECT_EQ(rig.dialogs.Prompts(),
               (std::vector<std::string>{"This feature cannot be viewed during scanning!"}));
     EXPECT_TRUE(rig.processes.waited.empty());
 }
 
 TEST(Restore, OnSixtyFourBitWindowsTheImportRunsWithRedirectionOff) {
-    BackupsRig rig;
+    LoadedMainWindowRig rig;
     rig.system.version = {5, 2};
     rig.system.architecture = system::kProcessorArchitectureAmd64;
-    rig.AddBackupFile("Backup (1-1-2020).reg");
+    AddBackupFile(rig, "Backup (1-1-2020).reg");
     rig.main.LoadBackupList();
     rig.backups.rows[0].checked = true;
     rig.processes.on_run = [&](const std::string&) { rig.redirection.calls.push_back("run"); };
@@ -227,10 +203,10 @@ TEST(DeleteBackups, TheMessagesFollowWhatWasInTheList) {
          0},
     };
     for (const auto& c : cases) {
-        BackupsRig rig;
+        LoadedMainWindowRig rig;
         rig.disk.folders.insert(kFolder);
         for (int i = 1; i <= c.files; ++i) {
-            rig.AddBackupFile("Backup (1-" + std::to_string(i) + "-2020).reg");
+            AddBackupFile(rig, "Backup (1-" + std::to_string(i) + "-2020).reg");
         }
         if (c.files > 0) {
             rig.main.LoadBackupList();
@@ -239,21 +215,21 @@ TEST(DeleteBackups, TheMessagesFollowWhatWasInTheList) {
             rig.backups.rows[static_cast<std::size_t>(row)].checked = true;
         }
         rig.main.Command2_Click();
-        EXPECT_EQ(rig.Prompts(), c.prompts);
+        EXPECT_EQ(rig.dialogs.Prompts(), c.prompts);
         EXPECT_EQ(rig.disk.files.size(), c.left);
         EXPECT_EQ(rig.backups.rows.size(), c.left);
     }
 }
 
 TEST(DeleteBackups, ALockedFileCountsAsDeletedAndANoEndsTheCommand) {
-    BackupsRig rig;
-    rig.AddBackupFile("Backup (1-1-2020).reg");
-    rig.AddBackupFile("Backup (1-2-2020).reg");
+    LoadedMainWindowRig rig;
+    AddBackupFile(rig, "Backup (1-1-2020).reg");
+    AddBackupFile(rig, "Backup (1-2-2020).reg");
     rig.main.LoadBackupList();
     rig.disk.locked.insert(std::string(kFolder) + "\\Backup (1-1-2020).reg");
     rig.backups.rows[0].checked = true;
     rig.main.Command2_Click();
-    EXPECT_EQ(rig.Prompts().back(), "Selected backups have been removed.");
+    EXPECT_EQ(rig.dialogs.Prompts().back(), "Selected backups have been removed.");
 
     rig.dialogs.shown.clear();
     rig.disk.locked.clear();
@@ -261,13 +237,13 @@ TEST(DeleteBackups, ALockedFileCountsAsDeletedAndANoEndsTheCommand) {
     rig.backups.rows[0].checked = rig.backups.rows[1].checked = true;
     rig.dialogs.answers = {mb::kNo};
     rig.main.Command2_Click();
-    EXPECT_EQ(rig.Prompts().size(), 1u);
+    EXPECT_EQ(rig.dialogs.Prompts().size(), 1u);
     EXPECT_EQ(rig.disk.files.size(), 2u);
 }
 
 TEST(ViewBackup, StartsNotepadWithTheUnquotedPathOfTheSelectedRow) {
-    BackupsRig rig;
-    rig.AddBackupFile("Backup (1-1-2020 1.00.00 PM).reg");
+    LoadedMainWindowRig rig;
+    AddBackupFile(rig, "Backup (1-1-2020 1.00.00 PM).reg");
     rig.main.LoadBackupList();
     rig.main.View_Backup_Click();
     EXPECT_TRUE(rig.processes.started.empty());
@@ -330,7 +306,7 @@ TEST(RegeditView, WritesLastKeyAndStartsTheEditorOnlyOnSixtyFourBitWindows) {
         {{10, 0}, system::kProcessorArchitectureAmd64, {}},
     };
     for (const auto& c : cases) {
-        BackupsRig rig;
+        LoadedMainWindowRig rig;
         rig.system.version = c.version;
         rig.system.architecture = c.architecture;
         PutKey(rig.registry, kHkeyCurrentUser, kRegeditKey);
@@ -344,7 +320,7 @@ TEST(RegeditView, WritesLastKeyAndStartsTheEditorOnlyOnSixtyFourBitWindows) {
 }
 
 TEST(RegeditView, NeverCreatesTheEditorsKeyAndExplainsWhatItCannotDo) {
-    BackupsRig rig;
+    LoadedMainWindowRig rig;
     rig.AddFinding("HKEY_CURRENT_USER", "Software\\Foo\\Bar", "C:\\x", false);
     rig.errors.selected = 0;
     rig.main.Regedit_View_Click();

@@ -3,13 +3,11 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
-#include <memory>
-#include <sstream>
 
 #include "backup/reg_file_reader.h"
-#include "cli/cli.h"
 #include "cli/visible_text.h"
 #include "ignore/ignore_list.h"
+#include "support/cli_platform.h"
 #include "support/registry_fixtures.h"
 #include "ui/main_window_fakes.h"
 
@@ -21,7 +19,7 @@ using namespace regvex::testing;
 using mb::kNo;
 using mb::kYes;
 
-class MainScanTest : public ::testing::Test {
+class MainScanTest : public MainWindowTest {
   protected:
     void SetUp() override {
         // Each key below HKEY_CURRENT_USER\Software is one pump of the scan.
@@ -30,10 +28,7 @@ class MainScanTest : public ::testing::Test {
         PutString(rig.registry, kHkeyCurrentUser, "Software\\C", "there", "C:\\C\\there.dll");
         PutString(rig.registry, kHkeyCurrentUser, "Software\\D", "old", "c:\\OldApp\\x.dll");
         rig.files.present.insert("C:\\C\\THERE.DLL");
-        rig.main.Form_Load();
     }
-
-    MainWindowRig rig;
 };
 
 TEST_F(MainScanTest, AFinishedScanListsTheMissingFilesAndReturnsToIdle) {
@@ -204,37 +199,6 @@ TEST_F(MainScanTest, AFindingOfAnotherKindIsListedWithoutAStatus) {
     EXPECT_EQ(rig.errors.autosized, (std::vector<int>{1, 2, 3}));
 }
 
-// The command line on a system whose files are the window's: each answer comes from
-// `files`.
-class SameFilesPlatform final : public cli::CliPlatform {
-  public:
-    explicit SameFilesPlatform(FileExistence& files) : files_(files) {}
-    std::unique_ptr<Registry> OpenLiveRegistry(std::string& why_not) override {
-        why_not = "no live registry here";
-        return nullptr;
-    }
-    std::unique_ptr<FileExistence> SystemFiles() override {
-        return std::make_unique<Answering>(files_);
-    }
-    const text::AnsiCodePage& AnsiCodePage() override { return code_page_; }
-    AccessMask KeyAccessMask() override { return reg::kKeyAllAccess; }
-    cli::RepairPlatform* Repair(std::string& why_not) override {
-        why_not = "no repair here";
-        return nullptr;
-    }
-    bool StdoutIsTerminal() override { return false; }
-    bool StderrIsTerminal() override { return false; }
-
-  private:
-    struct Answering final : FileExistence {
-        explicit Answering(FileExistence& answers) : files(answers) {}
-        int Check(const std::string& path) override { return files.Check(path); }
-        FileExistence& files;
-    };
-    FileExistence& files_;
-    text::Windows1252CodePage code_page_;
-};
-
 TEST(OneVerdict, TheWindowListsWhatTheCommandLinePrints) {
     const std::string fixtures = std::string(REGVEX_FIXTURES_DIR) + "/cli";
     const std::string reg = fixtures + "/scan_examples.reg";
@@ -259,11 +223,12 @@ TEST(OneVerdict, TheWindowListsWhatTheCommandLinePrints) {
             }
         }
 
-        SameFilesPlatform platform(rig.files);
-        std::ostringstream out;
-        std::ostringstream err;
-        ASSERT_EQ(cli::RunCli(args, out, err, platform), cli::kExitOk) << err.str();
-        EXPECT_EQ(window, out.str()) << "with the ignore list: " << with_ignore_list;
+        // The command line on a system whose files are the window's.
+        FakeCliPlatform platform;
+        platform.files = &rig.files;
+        const auto run = platform.Cli(args);
+        ASSERT_EQ(run.exit_code, cli::kExitOk) << run.err;
+        EXPECT_EQ(window, run.out) << "with the ignore list: " << with_ignore_list;
         EXPECT_EQ(rig.errors.RowCount(), with_ignore_list ? 4 : 12);
     }
 }

@@ -27,9 +27,7 @@ TEST(MainWindowLoad, SetsCaptionsColumnsFontsAndTheSafeOption) {
     }
 }
 
-TEST(MainWindowLoad, CreatesTheListColumnsAndTheTaskPane) {
-    MainWindowRig rig;
-    rig.main.Form_Load();
+TEST_F(MainWindowTest, LoadCreatesTheListColumnsAndTheTaskPane) {
     std::vector<std::string> errors;
     for (const auto& column : rig.errors.columns) {
         errors.push_back(column.caption + "|" + column.key + "|" + column.tooltip);
@@ -78,17 +76,14 @@ TEST(MainWindowLoad, ScalesToTheScreenByItsRatios) {
         }
     }
     // Around a scan, a screen as wide as the design scales too, laying out only.
-    MainWindowRig rig;
-    rig.main.Form_Load();
+    LoadedMainWindowRig rig;
     rig.main.cmdStartStop_Click();
     ASSERT_EQ(rig.view.scales.size(), 2u);
     EXPECT_DOUBLE_EQ(rig.view.scales[0].rx, 1.0);
     EXPECT_FALSE(rig.view.scales[0].size_window);
 }
 
-TEST(MainWindowTasks, EachKeyDoesWhatTheTaskPaneSays) {
-    MainWindowRig rig;
-    rig.main.Form_Load();
+TEST_F(MainWindowTest, EachTaskKeyDoesWhatTheTaskPaneSays) {
     rig.errors.AddRow({"Invalid Entry", "HKEY_CURRENT_USER", "K\\a", "C:\\a.exe"});
     rig.errors.AddRow({"Invalid Entry", "HKEY_CURRENT_USER", "K\\b", "C:\\b.exe"});
     rig.view.calls.clear();
@@ -107,6 +102,9 @@ TEST(MainWindowTasks, EachKeyDoesWhatTheTaskPaneSays) {
     EXPECT_TRUE(rig.errors.Checked(0) && rig.errors.Checked(1));
     rig.main.TaskPane_ItemClick(kUncheckTask);
     EXPECT_FALSE(rig.errors.Checked(0) || rig.errors.Checked(1));
+    rig.main.TaskPane_ItemClick(kDeleteTask);  // the fix, backing up nothing
+    EXPECT_EQ(rig.disk.files.size(), 1u);
+    rig.dialogs.shown.clear();
 
     rig.main.TaskPane_ItemClick(kLikeTask);
     EXPECT_EQ(rig.shell.urls.size(), 1u);
@@ -129,14 +127,11 @@ TEST(MainWindowTasks, EachKeyDoesWhatTheTaskPaneSays) {
     EXPECT_EQ(rig.view.calls.size(), 3u);
 }
 
-TEST(MainWindowHelp, OpensTheFileBesideTheProgramOrSaysWhyNot) {
-    MainWindowRig rig;
-    rig.state.program_folder = "C:\\Programs\\Vexlor";
-    rig.main.Form_Load();
+TEST_F(MainWindowTest, HelpOpensTheFileBesideTheProgramOrSaysWhyNot) {
     rig.main.Image1_Click();
     rig.main.Label3_Click();
     rig.main.mnuHelp2_Click();
-    EXPECT_EQ(rig.shell.help, std::vector<std::string>(3, "C:\\Programs\\Vexlor\\regvexlor.chm"));
+    EXPECT_EQ(rig.shell.help, std::vector<std::string>(3, "C:\\App\\regvexlor.chm"));
     EXPECT_TRUE(rig.dialogs.shown.empty());
 
     rig.shell.help_available = false;
@@ -145,9 +140,7 @@ TEST(MainWindowHelp, OpensTheFileBesideTheProgramOrSaysWhyNot) {
     EXPECT_NE(rig.dialogs.shown[0].prompt.find("regvexlor.chm"), std::string::npos);
 }
 
-TEST(MainWindowResize, LaysOutUnlessMinimised) {
-    MainWindowRig rig;
-    rig.main.Form_Load();
+TEST_F(MainWindowTest, ResizeLaysOutUnlessMinimised) {
     rig.view.calls.clear();
     rig.main.Form_Resize();
     rig.form.minimized = true;

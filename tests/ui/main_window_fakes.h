@@ -2,23 +2,23 @@
 // The main window's surroundings, faked: its controls in memory, a pump that runs
 // scripted clicks while a scan is inside the search, and services that record calls.
 
+#include <gtest/gtest.h>
+
 #include <functional>
 #include <map>
-#include <set>
 #include <string>
 #include <vector>
 
 #include "engine/memory_registry.h"
 #include "support/memory_controls.h"
 #include "support/scripted_services.h"
+#include "support/search_doubles.h"
 #include "support/system_doubles.h"
 #include "ui/frm_main.h"
 #include "ui/ignore/ignore_window.h"
 #include "ui/task_pane_keys.h"
 
 namespace regvex::testing {
-
-struct ProcessEnded {};
 
 class ScriptedPump final : public ui::MessagePump {
   public:
@@ -33,18 +33,6 @@ class ScriptedPump final : public ui::MessagePump {
     std::map<int, std::function<void()>> at_pump;
 };
 
-class RecordingShell final : public ui::Shell {
-  public:
-    void OpenUrl(std::string_view url) override { urls.emplace_back(url); }
-    bool ShowHelp(std::string_view path) override {
-        help.emplace_back(path);
-        return help_available;
-    }
-    std::vector<std::string> urls;
-    std::vector<std::string> help;
-    bool help_available = true;
-};
-
 class FixedScreen final : public ui::Screen {
   public:
     ui::ScreenMetrics Metrics() override { return metrics; }
@@ -57,12 +45,6 @@ class FakeSystem final : public system::SystemInfo {
     std::uint16_t NativeProcessorArchitecture() override { return architecture; }
     system::OsVersion version{6, 1};
     std::uint16_t architecture = 0;  // x86
-};
-
-class SetOfFiles final : public FileExistence {
-  public:
-    int Check(const std::string& path) override { return present.count(path) != 0 ? 1 : 0; }
-    std::set<std::string> present;
 };
 
 class RecordingRedirection final : public system::FileSystemRedirection {
@@ -134,8 +116,8 @@ class RecordingView final : public ui::MainView {
     int pauses = 0;
 };
 
-// A main window with everything around it.
-struct MainWindowRig {
+// The main window's controls in memory, as the form designer left them.
+struct MainWindowControls {
     MemoryWindow form;
     MemoryCaption frame1{"Registry Scan"};
     MemoryCaption frame2{"Restore Backups"};
@@ -150,6 +132,37 @@ struct MainWindowRig {
     MemoryProgressBar progress;
     MemoryCaption label21;
     MemoryCaption menu_start_stop{"&Start Scan"};
+
+    ui::MainControls Controls() {
+        return {form,   frame1,      frame2, option1, option2,  drive,   start_stop,
+                status, current_key, errors, backups, progress, label21, menu_start_stop};
+    }
+    void AddFinding(std::string root, std::string sub_key, std::string value, bool checked) {
+        errors.AddRow({"Invalid Entry", std::move(root), std::move(sub_key), std::move(value)});
+        errors.rows.back().checked = checked;
+    }
+    std::vector<std::vector<std::string>> Rows() const {
+        std::vector<std::vector<std::string>> rows;
+        for (const auto& row : errors.rows) {
+            rows.push_back(row.texts);
+        }
+        return rows;
+    }
+};
+
+// The services of a rig that names them as the main window does.
+template <class Rig>
+ui::MainServices ServicesOf(Rig& r) {
+    return {r.dialogs, r.clock,       r.pump, r.shell,     r.screen,    r.system, r.registry,
+            r.files,   r.redirection, r.disk, r.processes, r.code_page, r.ignore, r.view};
+}
+
+// A main window with everything around it, in a program folder that exists.
+struct MainWindowRig : MainWindowControls {
+    MainWindowRig() {
+        state.program_folder = "C:\\App";
+        disk.folders.insert(state.program_folder);
+    }
 
     ScriptedDialogs dialogs;
     ScriptedClock clock;
@@ -167,20 +180,16 @@ struct MainWindowRig {
     RecordingView view;
     ui::ProgramState state;
 
-    ui::frmMain main{
-        ui::MainControls{form, frame1, frame2, option1, option2, drive, start_stop, status,
-                         current_key, errors, backups, progress, label21, menu_start_stop},
-        ui::MainServices{dialogs, clock, pump, shell, screen, system, registry, files, redirection,
-                         disk, processes, code_page, ignore, view},
-        state};
+    ui::frmMain main{Controls(), ServicesOf(*this), state};
+};
 
-    std::vector<std::vector<std::string>> Rows() const {
-        std::vector<std::vector<std::string>> rows;
-        for (const auto& row : errors.rows) {
-            rows.push_back(row.texts);
-        }
-        return rows;
-    }
+struct LoadedMainWindowRig : MainWindowRig {
+    LoadedMainWindowRig() { main.Form_Load(); }
+};
+
+class MainWindowTest : public ::testing::Test {
+  protected:
+    LoadedMainWindowRig rig;
 };
 
 }  // namespace regvex::testing

@@ -39,14 +39,8 @@ void DeleteTree(std::string_view path) {
     RegDeleteKeyW(HKEY_CURRENT_USER, text::ToWide(path).c_str());
 }
 
-struct RealProgramRig {
-    MemoryWindow form;
-    MemoryCaption frame1, frame2, start_stop, status, current_key, label21, menu_start_stop;
-    MemoryOption option1, option2;
-    MemoryDriveList drive{"c: [SYSTEM]"};
-    MemoryListView errors, backups;
-    MemoryProgressBar progress;
-
+// The main window's code in memory controls over the real registry, files and processes.
+struct RealProgramRig : MainWindowControls {
     ScriptedDialogs dialogs;
     ui::Win32Clock clock;
     ScriptedPump pump;
@@ -63,12 +57,7 @@ struct RealProgramRig {
     RecordingView view;
     ui::ProgramState state;
 
-    ui::frmMain main{
-        ui::MainControls{form, frame1, frame2, option1, option2, drive, start_stop, status,
-                         current_key, errors, backups, progress, label21, menu_start_stop},
-        ui::MainServices{dialogs, clock, pump, shell, screen, system, registry, files, redirection,
-                         disk, processes, code_page, ignore, view},
-        state};
+    ui::frmMain main{Controls(), ServicesOf(*this), state};
 
     // Checks exactly the findings of HKEY_CURRENT_USER below `path`; answers how many.
     int CheckFindingsBelow(const std::string& path) {

@@ -1,51 +1,20 @@
 #pragma once
 // The About box's services, recorded for tests.
 
-#include <set>
 #include <string>
 #include <vector>
 
 #include "engine/memory_registry.h"
-#include "engine/path_exists.h"
 #include "support/forwarding_registry.h"
-#include "system/process.h"
+#include "support/scripted_services.h"
+#include "support/system_doubles.h"
 #include "ui/about/frm_about.h"
-#include "ui/base/services.h"
 
 namespace regvex::testing {
 
-class RecordingLauncher final : public system::ProcessLauncher {
-  public:
-    std::uint32_t RunAndWait(const std::string& command_line) override {
-        waited.push_back(command_line);
-        return 0;
-    }
-    bool Start(const std::string& command_line) override {
-        started.push_back(command_line);
-        return starts;
-    }
-    bool starts = true;
-    std::vector<std::string> started;
-    std::vector<std::string> waited;
-};
-
-// Files exist when listed, compared exactly.
-class ListedFiles final : public FileExistence {
-  public:
-    int Check(const std::string& path) override {
-        asked.push_back(path);
-        return existing.count(path) != 0 ? 1 : 0;
-    }
-    std::set<std::string> existing;
-    std::vector<std::string> asked;
-};
-
-class RecordingShell final : public ui::Shell {
-  public:
-    void OpenUrl(std::string_view url) override { urls.emplace_back(url); }
-    bool ShowHelp(std::string_view) override { return false; }
-    std::vector<std::string> urls;
-};
+// The shared doubles under the names the About box's Wine test still spells.
+using RecordingLauncher = RecordingProcesses;
+using ListedFiles = SetOfFiles;
 
 class RecordingAboutView final : public ui::about::AboutView {
   public:

@@ -25,8 +25,8 @@ const std::string kRecordedPath =
 struct Rig {
     MemoryRegistry registry;
     testing::AccessRecordingRegistry recorded{registry};
-    testing::ListedFiles files;
-    testing::RecordingLauncher launcher;
+    testing::SetOfFiles files;
+    testing::RecordingProcesses launcher;
     testing::ScriptedDialogs dialogs;
     testing::RecordingShell shell;
     testing::RecordingAboutView view;
@@ -55,21 +55,6 @@ TEST(frmAbout, LoadFillsTheCaptionsAndLaysTheBoxOut) {
               "Version " + std::to_string(kVersionMajor) + "." + std::to_string(kVersionMinor));
     // The link takes the labels' size only once the resizer has set it.
     EXPECT_EQ(rig.view.calls, (std::vector<std::string>{"icon", "resize", "link font"}));
-}
-
-TEST(frmAbout, OkClosesAndEveryCloseCallsTheMainWindowOnce) {
-    Rig rig;
-    rig.form.cmdOK_Click();
-    EXPECT_EQ(rig.view.calls, std::vector<std::string>{"close"});
-    EXPECT_EQ(rig.main_window_calls, 0);  // the view's unload calls Form_QueryUnload
-    rig.form.Form_QueryUnload();
-    EXPECT_EQ(rig.main_window_calls, 1);
-}
-
-TEST(frmAbout, TheLinkOpensTheProjectPage) {
-    Rig rig;
-    rig.form.mkcHyperLinks2_Click();
-    EXPECT_EQ(rig.shell.urls, std::vector<std::string>{std::string(kProjectPage)});
 }
 
 struct SysInfoCase {
@@ -110,14 +95,14 @@ INSTANTIATE_TEST_SUITE_P(
                     [](Rig& r) {
                         r.RecordPath(kRecordedPath);
                         r.RecordFolder("C:\\Tools");
-                        r.files.existing.insert("C:\\Tools\\MSINFO32.EXE");
+                        r.files.present.insert("C:\\Tools\\MSINFO32.EXE");
                     },
                     {kRecordedPath},
                     false},
         SysInfoCase{"FolderWithTheProgram",
                     [](Rig& r) {
                         r.RecordFolder("C:\\Tools");
-                        r.files.existing.insert("C:\\Tools\\MSINFO32.EXE");
+                        r.files.present.insert("C:\\Tools\\MSINFO32.EXE");
                     },
                     {"C:\\Tools\\MSINFO32.EXE"},
                     false},
@@ -130,7 +115,7 @@ INSTANTIATE_TEST_SUITE_P(
                         r.RecordPath(kRecordedPath);
                         r.registry.DenyFullAccess(kHkeyLocalMachine, kSysInfoKey);
                         r.RecordFolder("C:\\Tools");
-                        r.files.existing.insert("C:\\Tools\\MSINFO32.EXE");
+                        r.files.present.insert("C:\\Tools\\MSINFO32.EXE");
                     },
                     {"C:\\Tools\\MSINFO32.EXE"},
                     false},
@@ -138,7 +123,7 @@ INSTANTIATE_TEST_SUITE_P(
                     [](Rig& r) {
                         r.RecordPath(kRecordedPath);
                         r.RecordFolder("C:\\Tools");
-                        r.files.existing.insert("C:\\Tools\\MSINFO32.EXE");
+                        r.files.present.insert("C:\\Tools\\MSINFO32.EXE");
                         r.registry.DenyFullAccess(kHkeyLocalMachine, kSysInfoKey);
                         r.registry.DenyFullAccess(kHkeyLocalMachine, kSysInfoLocationKey);
                     },
@@ -150,14 +135,14 @@ INSTANTIATE_TEST_SUITE_P(
                         testing::PutValue(r.registry, kHkeyLocalMachine, kSysInfoKey, kSysInfoValue,
                                           reg::kDword, std::vector<std::uint8_t>(8, 0xFF));
                         r.RecordFolder("C:\\Tools");
-                        r.files.existing.insert("C:\\Tools\\MSINFO32.EXE");
+                        r.files.present.insert("C:\\Tools\\MSINFO32.EXE");
                     },
                     {},
                     true},
         SysInfoCase{"StartFails",
                     [](Rig& r) {
                         r.RecordPath(kRecordedPath);
-                        r.launcher.starts = false;
+                        r.launcher.can_start = false;
                     },
                     {kRecordedPath},
                     true}),
@@ -168,7 +153,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(frmAbout, SysInfoButtonStartsTheToolWithTheProgramsFullRights) {
     Rig rig;
     rig.RecordFolder("C:\\Tools");
-    rig.files.existing.insert("C:\\Tools\\MSINFO32.EXE");
+    rig.files.present.insert("C:\\Tools\\MSINFO32.EXE");
     rig.form.cmdSysInfo_Click();
     EXPECT_EQ(rig.launcher.started, std::vector<std::string>{"C:\\Tools\\MSINFO32.EXE"});
     EXPECT_EQ(rig.recorded.opened_with, (std::vector<AccessMask>{kAllAccess64, kAllAccess64}));

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -29,27 +28,7 @@ const std::string kFolder = "C:\\Program Files\\Registry Vexlor";
 const std::string kFile = kFolder + "\\Ignore.txt";
 const ColorRef kTheme = Rgb(212, 212, 212);
 
-// Counts writes, so a rewrite that changes nothing can be seen.
-class CountingFiles final : public TextFiles {
-  public:
-    bool Exists(const std::string& path) override { return files.Exists(path); }
-    std::optional<std::string> Read(const std::string& path) override {
-        if (unreadable) {
-            return std::nullopt;
-        }
-        return files.Read(path);
-    }
-    bool Write(const std::string& path, std::string_view bytes) override {
-        ++writes;
-        return files.Write(path, bytes);
-    }
-    MemoryTextFiles files;
-    int writes = 0;
-    bool unreadable = false;
-};
-
-// The window's controls in memory and the code over them; the list box can also answer
-// widths from a table, in twips.
+// The window's controls in memory and the code over them.
 struct IgnoreForm {
     explicit IgnoreForm(ScrollMetrics metrics = {}) {
         state.program_folder = kFolder;
@@ -73,18 +52,11 @@ struct IgnoreForm {
         code = std::make_unique<frmIgnore>(controls, std::move(services));
     }
 
-    void FileHolds(const std::string& bytes) { files.files.files[kFile] = bytes; }
-    std::string File() const { return files.files.files.at(kFile); }
-    std::vector<std::string> Prompts() const {
-        std::vector<std::string> prompts;
-        for (const auto& shown : dialogs.shown) {
-            prompts.push_back(shown.prompt);
-        }
-        return prompts;
-    }
+    void FileHolds(const std::string& bytes) { files.files[kFile] = bytes; }
+    std::string File() const { return files.files.at(kFile); }
 
     ScriptedDialogs dialogs;
-    CountingFiles files;
+    MemoryTextFiles files;
     text::Windows1252CodePage code_page;
     ProgramState state;
     MemoryWindow form{"Ignore List"};
@@ -137,7 +109,7 @@ TEST(FrmIgnoreLoad, AMissingFileIsCreatedEmpty) {
 
 TEST(FrmIgnoreLoad, AFileThatCannotBeMadeOrReadIsReportedAndTheListStaysEmpty) {
     IgnoreForm missing;
-    missing.files.files.read_only[kFile] = true;
+    missing.files.read_only[kFile] = true;
     IgnoreForm unreadable;
     unreadable.FileHolds("OLDAPP\r\n");
     unreadable.files.unreadable = true;
@@ -280,7 +252,7 @@ TEST(FrmIgnoreApply, WritesTheListByteForByte) {
 TEST(FrmIgnoreApply, AFileThatCannotBeWrittenRaisesError75ToTheCallerAndNothingIsLost) {
     IgnoreForm f;
     f.FileHolds("OLD\r\n");
-    f.files.files.read_only[kFile] = true;
+    f.files.read_only[kFile] = true;
     f.list.items = {"OLD", "NEW"};
     try {
         f.code->cmdApply_Click();
@@ -294,7 +266,7 @@ TEST(FrmIgnoreApply, AFileThatCannotBeWrittenRaisesError75ToTheCallerAndNothingI
     EXPECT_EQ(f.File(), "OLD\r\n");
     EXPECT_EQ(f.list.items, (Lines{"OLD", "NEW"}));
 
-    f.files.files.read_only.clear();
+    f.files.read_only.clear();
     f.code->cmdApply_Click();
     EXPECT_EQ(f.File(), "OLD\r\nNEW\r\n");
 }
@@ -334,36 +306,6 @@ TEST(FrmIgnoreMouse, OnlyTheRightButtonPopsUpTheFileMenuWhereItWasReleased) {
     EXPECT_EQ(f.popups[0], std::make_pair(30.0f, 45.0f));
 }
 
-TEST(FrmIgnoreMenu, CloseUnloadsAndEveryCloseCallsTheMainWindow) {
-    IgnoreForm f;
-    f.code->mnuClose_Click();
-    EXPECT_EQ(f.unloads, 1);
-    EXPECT_EQ(f.main_window_calls, 0);
-    f.code->Form_QueryUnload();
-    EXPECT_EQ(f.main_window_calls, 1);
-}
-
-// A list whose item widths come from a table, in twips.
-class MeasuredList final : public ListBox {
-  public:
-    int ItemCount() const override { return inner.ItemCount(); }
-    std::string Item(int index) const override { return inner.Item(index); }
-    void AddItem(std::string_view text) override { inner.AddItem(text); }
-    void RemoveItem(int index) override { inner.RemoveItem(index); }
-    void Clear() override { inner.Clear(); }
-    int ListIndex() const override { return inner.ListIndex(); }
-    void SetListIndex(int index) override { inner.SetListIndex(index); }
-    double TextWidthTwips(std::string_view text) const override {
-        return widths.at(std::string(text));
-    }
-    void SetHorizontalExtent(int pixels) override { extents.push_back(pixels); }
-    void ScrollToBottom() override { inner.ScrollToBottom(); }
-
-    MemoryListBox inner;
-    std::map<std::string, double> widths;
-    std::vector<int> extents;
-};
-
 TEST(CLBHScrollTest, ExtentIsWidthInPixelsPlusTheScrollBarPlusTwoRoundedHalfToEven) {
     const struct {
         std::int32_t width_twips;
@@ -383,7 +325,7 @@ TEST(CLBHScrollTest, ExtentIsWidthInPixelsPlusTheScrollBarPlusTwoRoundedHalfToEv
 }
 
 TEST(CLBHScrollTest, OnlyAWiderItemMovesTheExtentWidthsRoundedHalfToEven) {
-    MeasuredList list;
+    MemoryListBox list;
     list.widths = {{"a", 10.5}, {"b", 11.5}, {"c", 12.5}, {"d", 9.0}, {"e", 12.6}};
     CLBHScroll scroll({1, 0});
     scroll.Init(list);
@@ -392,8 +334,8 @@ TEST(CLBHScrollTest, OnlyAWiderItemMovesTheExtentWidthsRoundedHalfToEven) {
     }
     // a: 10 -> 12; b: 12 -> 14; c: 12, not wider; d: 9; e: 13 -> 15.
     EXPECT_EQ(list.extents, (std::vector<int>{12, 14, 15}));
-    EXPECT_EQ(list.inner.items, (Lines{"a", "b", "c", "d", "e"}));
-    EXPECT_EQ(list.inner.scrolled_to_bottom, 5);
+    EXPECT_EQ(list.items, (Lines{"a", "b", "c", "d", "e"}));
+    EXPECT_EQ(list.scrolled_to_bottom, 5);
 
     // Binding again starts from nothing.
     scroll.Init(list);
@@ -493,7 +435,7 @@ TEST(AddFromResults, WithoutASelectedRowTheEditorAsksForTextAndTheFileIsRewritte
     MemoryIgnoreWindow window(f);
     const MemoryListView results = ResultsWithOneRow(-1);
     AddToIgnore_Click(results, window, f.state);
-    EXPECT_EQ(f.Prompts(), (Lines{std::string(kEnterStringMessage)}));
+    EXPECT_EQ(f.dialogs.Prompts(), (Lines{std::string(kEnterStringMessage)}));
     EXPECT_EQ(f.files.writes, 1);
     EXPECT_EQ(f.File(), "TEMP\r\nOLD\r\n");
     EXPECT_EQ(f.state.pending_ignore, "");
@@ -502,7 +444,7 @@ TEST(AddFromResults, WithoutASelectedRowTheEditorAsksForTextAndTheFileIsRewritte
 TEST(AddFromResults, AFileThatCannotBeWrittenIsPassedOverWithoutAMessage) {
     IgnoreForm f;
     f.FileHolds("TEMP\r\n");
-    f.files.files.read_only[kFile] = true;
+    f.files.read_only[kFile] = true;
     MemoryIgnoreWindow window(f);
     AddSubkeyToIgnore_Click(ResultsWithOneRow(0), window, f.state);
     EXPECT_TRUE(f.dialogs.shown.empty());
@@ -518,7 +460,7 @@ TEST(AddFromResults, ARefusedDuplicateStillRewritesTheFile) {
     window.Form();
     f.list.items.push_back("UNAPPLIED");
     AddToIgnore_Click(ResultsWithOneRow(0), window, f.state);
-    EXPECT_EQ(f.Prompts(), (Lines{std::string(kAlreadyAddedMessage)}));
+    EXPECT_EQ(f.dialogs.Prompts(), (Lines{std::string(kAlreadyAddedMessage)}));
     EXPECT_EQ(f.File(), "C:\\PROGRAM FILES\\OLDAPP\\A.DLL\r\nUNAPPLIED\r\n");
     EXPECT_EQ(f.state.pending_ignore, "");
 }
