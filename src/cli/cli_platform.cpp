@@ -13,6 +13,12 @@ std::filesystem::path CliPlatform::ProgramFolderPath() {
     return {};
 }
 
+std::string CliPlatform::DateTextNow() {
+    std::string why_not;
+    RepairPlatform* repair = Repair(why_not);
+    return repair != nullptr ? repair->GeneralDateText() : std::string();
+}
+
 std::string CliPlatform::WhyHiveCannotChange(const std::filesystem::path& file) {
     return "cannot change the hive \"" + file.generic_string() +
            "\": hive files are written by the Linux build of the command line";

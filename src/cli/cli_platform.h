@@ -48,6 +48,8 @@ class CliPlatform {
     virtual RepairPlatform* Repair(std::string& why_not) = 0;
     // The folder of the command line program, where its backups lie.
     virtual std::filesystem::path ProgramFolderPath();
+    // The local date and time as backup names are made from (see system/general_date.h).
+    virtual std::string DateTextNow();
     // Whether a hive file may be changed now (empty) or why not, and the change itself,
     // made safely (see hive/hive_edit.h). Answered where hive files can be written.
     virtual std::string WhyHiveCannotChange(const std::filesystem::path& file);

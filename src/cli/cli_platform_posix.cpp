@@ -5,6 +5,7 @@
 #include "cli/cli_platform.h"
 #include "cli/visible_text.h"
 #include "hive/hive_file.h"
+#include "system/general_date.h"
 
 namespace regvex::cli {
 
@@ -44,6 +45,7 @@ class PosixPlatform final : public CliPlatform {
         std::error_code error;
         return std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
     }
+    std::string DateTextNow() override { return system::GeneralDateTextNow(); }
     std::string WhyHiveCannotChange(const std::filesystem::path& file) override {
         return hive::WhyHiveCannotChange(file);
     }

@@ -22,7 +22,6 @@
 #include "cli/scan_command.h"
 #include "cli/visible_text.h"
 #include "engine/run_time_error.h"
-#include "system/general_date.h"
 #include "text/upper_case.h"
 #include "text/utf8.h"
 #include "text/utf8_path.h"
@@ -43,7 +42,7 @@ struct RepairOptions {
 // The backup of the values, as the Registry Editor exports them, under a name of the
 // program's backups; its path, or empty after saying why not.
 fs::path WriteBackup(const fs::path& folder, const std::vector<OfflineValue>& values,
-                     std::ostream& err) {
+                     CliPlatform& platform, std::ostream& err) {
     std::ostringstream text;
     backup::WriteExportHeader(text);
     for (std::size_t i = 0; i < values.size();) {
@@ -62,7 +61,7 @@ fs::path WriteBackup(const fs::path& folder, const std::vector<OfflineValue>& va
     fs::path path;
     // Two backups of one second would share a name: the later one waits for its own.
     for (int attempt = 0; attempt < 3; ++attempt) {
-        path = folder / text::PathFromUtf8(backup::BackupFileName(system::GeneralDateTextNow()));
+        path = folder / text::PathFromUtf8(backup::BackupFileName(platform.DateTextNow()));
         if (!fs::exists(path, error)) {
             break;
         }
@@ -218,7 +217,7 @@ int RunOfflineFix(const std::vector<std::string>& args, std::ostream& out, std::
         return kExitOk;
     }
     const fs::path backup =
-        WriteBackup(BackupsFolderOf(options.backups_folder, platform), taken, err);
+        WriteBackup(BackupsFolderOf(options.backups_folder, platform), taken, platform, err);
     if (backup.empty()) {
         return kExitScanFailed;
     }
