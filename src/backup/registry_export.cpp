@@ -192,4 +192,22 @@ ExportCount WriteExportTree(Registry& registry, RootKeyHandle root, std::string_
     return count;
 }
 
+void WriteExportKey(std::ostream& out, RootKeyHandle root, std::string_view path,
+                    const std::vector<ExportValue>& values) {
+    // Appended piece by piece: mingw's optimiser warns about the concatenation.
+    std::string line(1, '[');
+    line.append(LineBreaksEscaped(FullName(root, path)));
+    line.push_back(']');
+    WriteLine(out, line);
+    for (const ExportValue& value : values) {
+        if (value.position) {
+            line.assign(kPositionComment);
+            line.append(std::to_string(*value.position));
+            WriteLine(out, line);
+        }
+        WriteLine(out, ValueLine(value.name, value.type, value.data));
+    }
+    WriteLine(out, "");
+}
+
 }  // namespace regvex::backup

@@ -8,8 +8,11 @@
 // compared.
 
 #include <cstddef>
+#include <optional>
 #include <ostream>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "engine/registry.h"
 
@@ -31,5 +34,21 @@ void WriteExportHeader(std::ostream& out);
 // without keys or values writes nothing.
 ExportCount WriteExportTree(Registry& registry, RootKeyHandle root, std::string_view path,
                             std::ostream& out);
+
+struct ExportValue {
+    std::string name;
+    std::uint32_t type = 0;
+    std::vector<std::uint8_t> data;  // as the registry gives it: text as UTF-8
+    // Its place among its key's values, kept in a comment line before it (the Registry
+    // Editor skips comments) so that a restore can put it back there.
+    std::optional<std::size_t> position;
+};
+
+// The comment that keeps a value's place: this prefix and the place as a decimal.
+inline constexpr std::string_view kPositionComment = ";regvexlor position ";
+
+// Writes the key line of `root`\`path`, the given values of that key and a blank line.
+void WriteExportKey(std::ostream& out, RootKeyHandle root, std::string_view path,
+                    const std::vector<ExportValue>& values);
 
 }  // namespace regvex::backup

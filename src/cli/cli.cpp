@@ -15,8 +15,9 @@ constexpr const char* kUsageTemplate =
     "usage: regvexlor-cli scan --drive C: [SOURCE] [--map C:=DIR]... [--ignore FILE]\n"
     "                          [--format tsv|json]\n"
     "       regvexlor-cli export [SOURCE] [--key ROOT\\PATH] [--out FILE]\n"
-    "       regvexlor-cli fix --drive C: [--only TEXT] [--ignore FILE] [--map C:=DIR]...\n"
-    "       regvexlor-cli backups [restore N | delete N]\n"
+    "       regvexlor-cli fix --drive C: [SOURCE] [--only TEXT] [--ignore FILE] [--map C:=DIR]...\n"
+    "                         [--backups DIR] [--dry-run]\n"
+    "       regvexlor-cli backups [--backups DIR] [restore N [SOURCE] | delete N]\n"
     "       regvexlor-cli [scan | export | fix | backups] --help\n"
     "       regvexlor-cli --version\n"
     "\n"
@@ -48,7 +49,12 @@ constexpr const char* kUsageTemplate =
     "  backups restore N     imports backup N with the Registry Editor\n"
     "  backups delete N      deletes backup N\n"
     "\n"
-    "  fix and backups need the live registry of Windows or Wine.\n";
+    "  Without SOURCE, fix and backups need the live registry of Windows or Wine. With\n"
+    "  --hive or --windows (on Linux) they change the hive files: each through a copy\n"
+    "  that is verified before it replaces the file, kept as FILE.regvexlor-previous;\n"
+    "  backups keep every deleted value's type and bytes.\n"
+    "  --backups DIR         keep and look for backups in DIR instead of RegBackups\n"
+    "  --dry-run             print what fix would delete; write nothing\n";
 
 // The usage with the source options put in their place.
 const std::string& Usage() {

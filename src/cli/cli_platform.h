@@ -10,6 +10,7 @@
 
 #include "engine/path_exists.h"
 #include "engine/registry.h"
+#include "hive/hive_edit.h"
 #include "system/file_system.h"
 #include "system/process.h"
 #include "text/ansi_code_page.h"
@@ -45,6 +46,15 @@ class CliPlatform {
     // Repair works on a live registry that can be written; null with the reason where
     // there is none.
     virtual RepairPlatform* Repair(std::string& why_not) = 0;
+    // The folder of the command line program, where its backups lie.
+    virtual std::filesystem::path ProgramFolderPath();
+    // The local date and time as backup names are made from (see system/general_date.h).
+    virtual std::string DateTextNow();
+    // Whether a hive file may be changed now (empty) or why not, and the change itself,
+    // made safely (see hive/hive_edit.h). Answered where hive files can be written.
+    virtual std::string WhyHiveCannotChange(const std::filesystem::path& file);
+    virtual hive::EditResult EditHive(const std::filesystem::path& file,
+                                      const std::vector<hive::ValueChange>& changes);
     virtual bool StdoutIsTerminal() = 0;
     virtual bool StderrIsTerminal() = 0;
 };

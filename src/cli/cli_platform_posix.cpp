@@ -1,8 +1,11 @@
 #include <unistd.h>
 
+#include <cstdlib>
+
 #include "cli/cli_platform.h"
 #include "cli/visible_text.h"
 #include "hive/hive_file.h"
+#include "system/general_date.h"
 
 namespace regvex::cli {
 
@@ -37,6 +40,28 @@ class PosixPlatform final : public CliPlatform {
             "writable offline registry backend. Run the Windows build (regvexlor-cli.exe) under "
             "Windows or Wine.";
         return nullptr;
+    }
+    std::filesystem::path ProgramFolderPath() override {
+        std::error_code error;
+        return std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+    }
+    std::string DateTextNow() override { return system::GeneralDateTextNow(); }
+    std::string WhyHiveCannotChange(const std::filesystem::path& file) override {
+        return hive::WhyHiveCannotChange(file);
+    }
+    hive::EditResult EditHive(const std::filesystem::path& file,
+                              const std::vector<hive::ValueChange>& changes) override {
+        hive::EditHooks hooks;
+        // REGVEX_STOP_AFTER=STEP ends the process after that step of a change, as a
+        // power loss would: what the file is left as can then be checked.
+        if (const char* stop = std::getenv("REGVEX_STOP_AFTER"); stop != nullptr) {
+            hooks.after_step = [stop = std::string(stop)](std::string_view step) {
+                if (step == stop) {
+                    _exit(86);
+                }
+            };
+        }
+        return hive::EditHiveFile(file, changes, hooks);
     }
     bool StdoutIsTerminal() override { return isatty(STDOUT_FILENO) != 0; }
     bool StderrIsTerminal() override { return isatty(STDERR_FILENO) != 0; }

@@ -6,6 +6,7 @@
 #include "backup/backup_file.h"
 #include "backup/registry_fix.h"
 #include "cli/cli.h"
+#include "cli/offline_repair.h"
 #include "cli/scan_command.h"
 #include "cli/visible_text.h"
 #include "engine/run_time_error.h"
@@ -47,6 +48,9 @@ bool ListedBackups(RepairPlatform& repair, std::ostream& err,
 
 int RunFix(const std::vector<std::string>& args, std::ostream& out, std::ostream& err,
            CliPlatform& platform) {
+    if (IsOfflineRepair(args)) {
+        return RunOfflineFix(args, out, err, platform);
+    }
     std::vector<std::string> scan_args;
     std::string only;
     for (std::size_t i = 0; i < args.size(); ++i) {
@@ -121,6 +125,9 @@ int RunFix(const std::vector<std::string>& args, std::ostream& out, std::ostream
 
 int RunBackups(const std::vector<std::string>& args, std::ostream& out, std::ostream& err,
                CliPlatform& platform) {
+    if (IsOfflineRepair(args)) {
+        return RunOfflineBackups(args, out, err, platform);
+    }
     std::string action;
     int number = 0;
     if (args.size() == 1 && IsHelpOption(args[0])) {

@@ -123,6 +123,9 @@ class CliScanEvents final : public SearchEvents {
     // Findings as JSON objects; the registry tells each value's type.
     void WriteJson(Registry& registry) { json_registry_ = &registry; }
 
+    // Values found are also kept, their key and name apart.
+    void KeepValues(std::vector<FoundValue>& found) { found_ = &found; }
+
     // Once the findings cannot be written, scanning on would only lose more of them.
     void StopWhenOutputFails(cRegSearch& search) { search_ = &search; }
 
@@ -153,6 +156,11 @@ class CliScanEvents final : public SearchEvents {
         if (kept_ != nullptr) {
             kept_->push_back({std::string(sRootKey), std::string(sKey), std::string(sValue)});
         }
+        if (found_ != nullptr && lFound != FoundKind::kKeyName && search_ != nullptr) {
+            const std::string& path = search_->FoundKeyPath();
+            found_->push_back({std::string(sRootKey), path,
+                               std::string(sKey.substr(path.size() + 1)), std::string(sValue)});
+        }
         ++count_;
         progress_.FindingListed();
     }
@@ -168,6 +176,7 @@ class CliScanEvents final : public SearchEvents {
     ProgressLine& progress_;
     bool interactive_;
     cRegSearch* search_ = nullptr;
+    std::vector<FoundValue>* found_ = nullptr;
     Registry* json_registry_ = nullptr;
     std::size_t count_ = 0;
     FinishReason reason_ = FinishReason::kFinished;
@@ -357,7 +366,7 @@ void ReportUnexamined(const UnexaminedCount& counted, std::ostream& err) {
 
 int Search(const ScanOptions& options, Registry& registry, const OpenedSource* source,
            std::ostream* out, std::vector<backup::BackupRow>* kept, std::ostream& err,
-           CliPlatform& platform) {
+           CliPlatform& platform, std::vector<FoundValue>* found = nullptr) {
     auto files = ChooseFiles(options, source, err, platform);
     if (!files) {
         return kExitUsage;
@@ -378,6 +387,9 @@ int Search(const ScanOptions& options, Registry& registry, const OpenedSource* s
     UnexaminedCount counted(registry);
     cRegSearch search(counted, host, events, platform.KeyAccessMask());
     events.StopWhenOutputFails(search);
+    if (found != nullptr) {
+        events.KeepValues(*found);
+    }
     if (options.json) {
         events.WriteJson(registry);
     }
@@ -425,6 +437,11 @@ int RunScan(const ScanOptions& options, std::ostream& out, std::ostream& err,
 int ScanInto(const ScanOptions& options, Registry& registry, std::ostream& err,
              CliPlatform& platform, std::vector<backup::BackupRow>& findings) {
     return Search(options, registry, nullptr, nullptr, &findings, err, platform);
+}
+
+int ScanValues(const ScanOptions& options, const OpenedSource& source, std::ostream& err,
+               CliPlatform& platform, std::vector<FoundValue>& found) {
+    return Search(options, *source.registry, &source, nullptr, nullptr, err, platform, &found);
 }
 
 }  // namespace regvex::cli

@@ -22,6 +22,14 @@ struct ScanOptions {
     bool help = false;        // the usage was asked for; nothing else was read
 };
 
+// A value the scan found, its key path and name apart as the walk had them.
+struct FoundValue {
+    std::string root_key;
+    std::string key_path;
+    std::string value_name;
+    std::string data_text;
+};
+
 bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options,
                       std::string& error);
 
@@ -32,5 +40,9 @@ int RunScan(const ScanOptions& options, std::ostream& out, std::ostream& err,
 // findings as rows of a backup instead of printing them. Answers the exit code.
 int ScanInto(const ScanOptions& options, Registry& registry, std::ostream& err,
              CliPlatform& platform, std::vector<backup::BackupRow>& findings);
+
+// The same scan of an opened source (with the drive it brings), keeping the values found.
+int ScanValues(const ScanOptions& options, const OpenedSource& source, std::ostream& err,
+               CliPlatform& platform, std::vector<FoundValue>& found);
 
 }  // namespace regvex::cli

@@ -84,6 +84,9 @@ class cRegSearch {
                AccessMask key_access_mask);
 
     void SubKey(std::string vData) { sub_key_ = std::move(vData); }
+    // During SearchFound for a value: the path of its key, which sKey begins with. A value
+    // name may hold backslashes, so sKey cannot be parted without it.
+    const std::string& FoundKeyPath() const { return path_; }
     void SearchString(std::string vData);
     void SearchFlags(std::int32_t vData) { search_flags_ = vData; }
     void RootKey(RootKeyHandle vData) { root_key_ = vData; }
