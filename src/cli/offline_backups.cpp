@@ -19,6 +19,7 @@
 #include "cli/change_recorder.h"
 #include "cli/cli.h"
 #include "cli/offline_changes.h"
+#include "cli/repair_commands.h"
 #include "cli/scan_command.h"
 #include "cli/visible_text.h"
 #include "engine/run_time_error.h"
@@ -199,18 +200,10 @@ int RunOfflineBackups(const std::vector<std::string>& args, std::ostream& out, s
         return kExitScanFailed;
     }
     if (words.empty()) {
-        for (const backup::BackupEntry& entry : entries) {
-            out << VisibleText(entry.number_text) << '\t' << VisibleText(entry.date_text) << '\t'
-                << VisibleText(entry.size_text) << '\t' << VisibleText(entry.file_name) << '\n';
-        }
-        if (entries.empty()) {
-            err << "There are no backups available at this time.\n";
-        }
+        PrintBackupList(entries, out, err);
         return kExitOk;
     }
-    if (number < 1 || static_cast<std::size_t>(number) > entries.size()) {
-        err << "regvexlor-cli: there is no Backup #" << number << " (" << entries.size()
-            << " backups)\n";
+    if (!IsListedBackup(number, entries, err)) {
         return kExitUsage;
     }
     const fs::path file = folder / text::PathFromUtf8(entries[number - 1].file_name);

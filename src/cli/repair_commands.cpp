@@ -154,18 +154,10 @@ int RunBackups(const std::vector<std::string>& args, std::ostream& out, std::ost
         return kExitScanFailed;
     }
     if (action.empty()) {
-        for (const backup::BackupEntry& entry : entries) {
-            out << VisibleText(entry.number_text) << '\t' << VisibleText(entry.date_text) << '\t'
-                << VisibleText(entry.size_text) << '\t' << VisibleText(entry.file_name) << '\n';
-        }
-        if (entries.empty()) {
-            err << "There are no backups available at this time.\n";
-        }
+        PrintBackupList(entries, out, err);
         return kExitOk;
     }
-    if (number < 1 || static_cast<std::size_t>(number) > entries.size()) {
-        err << "regvexlor-cli: there is no Backup #" << number << " (" << entries.size()
-            << " backups)\n";
+    if (!IsListedBackup(number, entries, err)) {
         return kExitUsage;
     }
     const backup::BackupEntry& entry = entries[static_cast<std::size_t>(number - 1)];
@@ -190,6 +182,27 @@ int RunBackups(const std::vector<std::string>& args, std::ostream& out, std::ost
     out << "Deleted\t" << VisibleText(entry.number_text) << '\t' << VisibleText(entry.date_text)
         << '\n';
     return kExitOk;
+}
+
+void PrintBackupList(const std::vector<backup::BackupEntry>& entries, std::ostream& out,
+                     std::ostream& err) {
+    for (const backup::BackupEntry& entry : entries) {
+        out << VisibleText(entry.number_text) << '\t' << VisibleText(entry.date_text) << '\t'
+            << VisibleText(entry.size_text) << '\t' << VisibleText(entry.file_name) << '\n';
+    }
+    if (entries.empty()) {
+        err << "There are no backups available at this time.\n";
+    }
+}
+
+bool IsListedBackup(int number, const std::vector<backup::BackupEntry>& entries,
+                    std::ostream& err) {
+    if (number < 1 || static_cast<std::size_t>(number) > entries.size()) {
+        err << "regvexlor-cli: there is no Backup #" << number << " (" << entries.size()
+            << " backups)\n";
+        return false;
+    }
+    return true;
 }
 
 }  // namespace regvex::cli

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "backup/backup_catalogue.h"
 #include "cli/cli_platform.h"
 
 namespace regvex::cli {
@@ -17,5 +18,11 @@ int RunFix(const std::vector<std::string>& args, std::ostream& out, std::ostream
 // backups [restore N | delete N]
 int RunBackups(const std::vector<std::string>& args, std::ostream& out, std::ostream& err,
                CliPlatform& platform);
+
+// What both kinds of "backups" share: the listing as the backups page shows it, and the
+// check of a backup's number against it (false after saying why).
+void PrintBackupList(const std::vector<backup::BackupEntry>& entries, std::ostream& out,
+                     std::ostream& err);
+bool IsListedBackup(int number, const std::vector<backup::BackupEntry>& entries, std::ostream& err);
 
 }  // namespace regvex::cli

@@ -145,11 +145,11 @@ MainWindow::~MainWindow() {
 bool MainWindow::Create(int show) {
     menus_ = CreateMainMenus();
     const SIZE frame = FrameSizeFor({kDesignWidth, kDesignHeight}, WS_OVERLAPPEDWINDOW, 0, true);
-    WindowSpec spec;
-    spec.style = WS_OVERLAPPEDWINDOW;
-    spec.bounds = {CW_USEDEFAULT, CW_USEDEFAULT, frame.cx, frame.cy};
-    spec.menu = menus_.bar.get();
-    if (CreateImpl(kMainClass, spec) == nullptr) {
+    WindowParams params;
+    params.style = WS_OVERLAPPEDWINDOW;
+    params.bounds = {CW_USEDEFAULT, CW_USEDEFAULT, frame.cx, frame.cy};
+    params.menu = menus_.bar.get();
+    if (CreateImpl(kMainClass, params) == nullptr) {
         return false;
     }
     menus_.bar.Release();  // the window's now

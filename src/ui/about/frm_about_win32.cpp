@@ -176,12 +176,12 @@ void Win32AboutBox::Load(HWND owner) {
     const DWORD style = WS_POPUP | WS_CAPTION | WS_SYSMENU;
     const DWORD ex_style = WS_EX_DLGMODALFRAME | WS_EX_CONTROLPARENT;
     const SIZE frame = FrameSizeFor(kDesignClient, style, ex_style, false);
-    WindowSpec spec;
-    spec.style = style;
-    spec.ex_style = ex_style;
-    spec.bounds = {CW_USEDEFAULT, CW_USEDEFAULT, frame.cx, frame.cy};
-    spec.parent = owner;
-    const HWND box = CreateImpl(kAboutClass, spec);
+    WindowParams params;
+    params.style = style;
+    params.ex_style = ex_style;
+    params.bounds = {CW_USEDEFAULT, CW_USEDEFAULT, frame.cx, frame.cy};
+    params.parent = owner;
+    const HWND box = CreateImpl(kAboutClass, params);
     if (box == nullptr) {
         return;
     }

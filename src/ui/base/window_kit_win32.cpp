@@ -37,14 +37,14 @@ WindowImpl::~WindowImpl() {
     }
 }
 
-HWND WindowImpl::CreateImpl(const WindowClass& window_class, const WindowSpec& spec) {
+HWND WindowImpl::CreateImpl(const WindowClass& window_class, const WindowParams& params) {
     if (window_ || !RegisterOnce(window_class, &WindowImpl::Route)) {
         return nullptr;
     }
     // Route takes the window over at WM_NCCREATE, before CreateWindowExW returns.
-    CreateWindowExW(spec.ex_style, window_class.name, text::ToWide(spec.text).c_str(), spec.style,
-                    spec.bounds.left, spec.bounds.top, spec.bounds.right, spec.bounds.bottom,
-                    spec.parent, spec.menu, ProgramModule(), this);
+    CreateWindowExW(params.ex_style, window_class.name, text::ToWide(params.text).c_str(),
+                    params.style, params.bounds.left, params.bounds.top, params.bounds.right,
+                    params.bounds.bottom, params.parent, params.menu, ProgramModule(), this);
     return hwnd();
 }
 

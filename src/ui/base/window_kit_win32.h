@@ -6,10 +6,10 @@
 //     class Box final : private WindowImpl {
 //         LRESULT HandleMessage(HWND, UINT, WPARAM, LPARAM) override;
 //     };
-//     WindowSpec spec;
-//     spec.style = WS_POPUP | WS_CAPTION;
-//     spec.parent = owner;
-//     CreateImpl(kBoxClass, spec);
+//     WindowParams params;
+//     params.style = WS_POPUP | WS_CAPTION;
+//     params.parent = owner;
+//     CreateImpl(kBoxClass, params);
 //     CreateChildControls(hwnd(), kControls, fonts);
 
 #include <windows.h>
@@ -35,7 +35,7 @@ inline HBRUSH ButtonFaceBrush() {
     return reinterpret_cast<HBRUSH>(static_cast<INT_PTR>(COLOR_BTNFACE + 1));
 }
 
-struct WindowSpec {
+struct WindowParams {
     DWORD style = 0;
     DWORD ex_style = 0;
     std::string_view text;
@@ -68,7 +68,7 @@ class WindowImpl {
 
     // Registers the class on first use and makes the window. Null when it cannot be made
     // or this object has a window already.
-    HWND CreateImpl(const WindowClass& window_class, const WindowSpec& spec);
+    HWND CreateImpl(const WindowClass& window_class, const WindowParams& params);
     // Destroys the window now, if there is one; its last messages still reach the object.
     void DestroyImpl();
 

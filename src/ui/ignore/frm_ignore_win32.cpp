@@ -190,14 +190,14 @@ void Win32IgnoreWindow::Load() {
     const SIZE frame = FrameSizeFor(kDesignClient, style, ex_style, true);
     const HWND owner = deps_.owner ? deps_.owner() : nullptr;
     handles::UniqueMenu menu_bar = CreateMenuBar();
-    WindowSpec spec;
-    spec.style = style;
-    spec.ex_style = ex_style;
-    spec.text = kIgnoreCaption;
-    spec.bounds = {CW_USEDEFAULT, CW_USEDEFAULT, frame.cx, frame.cy};
-    spec.parent = owner;
-    spec.menu = menu_bar.get();
-    const HWND window = CreateImpl(kIgnoreClass, spec);
+    WindowParams params;
+    params.style = style;
+    params.ex_style = ex_style;
+    params.text = kIgnoreCaption;
+    params.bounds = {CW_USEDEFAULT, CW_USEDEFAULT, frame.cx, frame.cy};
+    params.parent = owner;
+    params.menu = menu_bar.get();
+    const HWND window = CreateImpl(kIgnoreClass, params);
     if (window == nullptr) {
         throw std::runtime_error("the ignore-list window could not be made");
     }

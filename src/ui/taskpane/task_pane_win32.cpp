@@ -33,12 +33,12 @@ bool TaskPane::Create(HWND parent, int control_id, const RECT& rect) {
     INITCOMMONCONTROLSEX controls{sizeof(controls), ICC_WIN95_CLASSES};
     InitCommonControlsEx(&controls);
 
-    WindowSpec spec;
-    spec.style = WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_VSCROLL | WS_CLIPSIBLINGS;
-    spec.bounds = {rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top};
-    spec.parent = parent;
-    spec.menu = ChildId(control_id);
-    if (CreateImpl(kPaneClass, spec) == nullptr) {
+    WindowParams params;
+    params.style = WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_VSCROLL | WS_CLIPSIBLINGS;
+    params.bounds = {rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top};
+    params.parent = parent;
+    params.menu = ChildId(control_id);
+    if (CreateImpl(kPaneClass, params) == nullptr) {
         return false;
     }
 
