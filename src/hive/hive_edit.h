@@ -13,21 +13,11 @@
 #include <string_view>
 #include <vector>
 
+#include "engine/value_change.h"
+
 namespace regvex::hive {
 
-// One value to delete, or to set (created or replaced). `key_path` is below the hive's
-// root key; data is in the registry's form (text types as UTF-8, as HiveRegistry gives
-// them).
-struct ValueChange {
-    std::string key_path;
-    std::string name;
-    bool remove = true;
-    std::uint32_t type = 0;
-    std::vector<std::uint8_t> data;
-    // Where a value that the key does not hold goes among its values; at the end when
-    // there are fewer.
-    std::optional<std::size_t> position;
-};
+using regvex::ValueChange;
 
 struct EditHooks {
     // Called after each step ("written", "flushed", "verified", "linked", "renamed"):
