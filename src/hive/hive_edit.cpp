@@ -1,9 +1,7 @@
 #include "hive/hive_edit.h"
 
-#include <fcntl.h>
 #include <hivex.h>
 #include <sys/stat.h>
-#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -18,6 +16,7 @@
 #include "hive/base_block.h"
 #include "hive/hive_file.h"
 #include "hive/hive_listing.h"
+#include "system/file_replace.h"
 #include "text/upper_case.h"
 #include "text/utf8.h"
 
@@ -30,10 +29,6 @@ namespace {
 // Room beyond the old file's size that the new one may take: hivex appends what it
 // writes to new hive bins.
 constexpr std::uint64_t kSpareBytes = 1 << 20;
-
-std::string Name(const fs::path& file) {
-    return "\"" + file.string() + "\"";
-}
 
 std::string ErrorText() {
     return std::strerror(errno);
@@ -49,33 +44,6 @@ struct HiveCloser {
     void operator()(hive_h* hive) const { hivex_close(hive); }
 };
 using WritableHive = std::unique_ptr<hive_h, HiveCloser>;
-
-class FileDescriptor {
-  public:
-    explicit FileDescriptor(int fd) : fd_(fd) {}
-    ~FileDescriptor() {
-        if (fd_ >= 0) {
-            close(fd_);
-        }
-    }
-    FileDescriptor(const FileDescriptor&) = delete;
-    FileDescriptor& operator=(const FileDescriptor&) = delete;
-    int get() const { return fd_; }
-
-  private:
-    int fd_;
-};
-
-void Step(const EditHooks& hooks, std::string_view step) {
-    if (hooks.after_step) {
-        hooks.after_step(step);
-    }
-}
-
-bool SyncPath(const fs::path& path, int flags) {
-    const FileDescriptor fd(open(path.c_str(), flags | O_CLOEXEC));
-    return fd.get() >= 0 && fsync(fd.get()) == 0;
-}
 
 // A Windows partition that was hibernated holds the running system's registry in its
 // hibernation file: a change made now would be lost, or would corrupt it, when it wakes.
@@ -113,17 +81,6 @@ bool OnHibernatedPartition(const fs::path& file, dev_t device) {
     }
 }
 
-std::uint64_t FreeBytes(const fs::path& folder, const EditHooks& hooks) {
-    if (hooks.free_bytes) {
-        return hooks.free_bytes(folder);
-    }
-    struct statvfs info {};
-    if (statvfs(folder.c_str(), &info) != 0) {
-        return 0;
-    }
-    return static_cast<std::uint64_t>(info.f_bavail) * info.f_frsize;
-}
-
 // Opens the hive with our reader and lists it whole; empty when it reads cleanly.
 std::string ReadWhole(const fs::path& file, HiveListing& listing) {
     std::string warnings;
@@ -137,7 +94,7 @@ std::string ReadWhole(const fs::path& file, HiveListing& listing) {
     }
     std::string error;
     if (!ListHive(*opened.registry, listing, error)) {
-        return Name(file) + ": " + error;
+        return system::QuotedName(file) + ": " + error;
     }
     return warnings;
 }
@@ -250,35 +207,6 @@ std::string WriteChanges(hive_h* hive, const std::vector<ValueChange>& changes) 
     return {};
 }
 
-// Copies the old file's bytes to the new file; empty when all were written.
-std::string CopyFile(const fs::path& from, const fs::path& to, mode_t mode) {
-    std::ifstream in(from, std::ios::binary);
-    const std::vector<char> bytes{std::istreambuf_iterator<char>(in),
-                                  std::istreambuf_iterator<char>()};
-    if (in.bad()) {
-        return Name(from) + " cannot be read";
-    }
-    const FileDescriptor fd(open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
-    if (fd.get() < 0) {
-        return Name(to) + " cannot be created (" + ErrorText() + ")";
-    }
-    std::size_t done = 0;
-    while (done < bytes.size()) {
-        const ssize_t wrote = write(fd.get(), bytes.data() + done, bytes.size() - done);
-        if (wrote <= 0) {
-            return Name(to) + " cannot be written (" + ErrorText() + ")";
-        }
-        done += static_cast<std::size_t>(wrote);
-    }
-    return {};
-}
-
-EditResult Failed(const fs::path& fresh, std::string message) {
-    std::error_code ignored;
-    fs::remove(fresh, ignored);
-    return {EditOutcome::kFailed, std::move(message) + "; the file was not changed"};
-}
-
 }  // namespace
 
 namespace {
@@ -287,44 +215,62 @@ namespace {
 std::string WhyNot(const fs::path& file, const EditHooks& hooks, HiveListing& listing) {
     struct stat info {};
     if (stat(file.c_str(), &info) != 0) {
-        return Name(file) + " cannot be read (" + ErrorText() + ")";
+        return system::QuotedName(file) + " cannot be read (" + ErrorText() + ")";
     }
     std::vector<std::uint8_t> base(kBaseBlockSize);
     {
         std::ifstream in(file, std::ios::binary);
         in.read(reinterpret_cast<char*>(base.data()), static_cast<std::streamsize>(base.size()));
         if (!in || !BaseBlock(base).HasSignature()) {
-            return Name(file) + " is not a whole hive file";
+            return system::QuotedName(file) + " is not a whole hive file";
         }
     }
     if (BaseBlock(base).Dirty()) {
-        return Name(file) +
+        return system::QuotedName(file) +
                " was not written cleanly: Windows has not yet applied its transaction logs "
                "(.LOG1, .LOG2) to it. Get a clean hive first: start that Windows once and shut "
                "it down, or restore the hive from Windows' own backup (RegBack, a restore "
                "point)";
     }
-    const fs::path folder = fs::absolute(file).parent_path();
-    struct statvfs mount {};
-    if (statvfs(folder.c_str(), &mount) == 0 && (mount.f_flag & ST_RDONLY) != 0) {
-        return Name(file) + " lies on a file system mounted read-only";
-    }
-    if ((info.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0 || access(folder.c_str(), W_OK) != 0) {
-        return Name(file) + " or its folder is read-only";
+    std::string why_not = system::WhyFileCannotBeReplaced(file, kSpareBytes, hooks);
+    if (!why_not.empty()) {
+        return why_not;
     }
     if (OnHibernatedPartition(file, info.st_dev)) {
-        return Name(file) +
+        return system::QuotedName(file) +
                " lies on a hibernated Windows partition (hiberfil.sys holds a hibernated "
                "system): start that Windows and shut it down fully first";
     }
-    const std::uint64_t needed = static_cast<std::uint64_t>(info.st_size) + kSpareBytes;
-    if (FreeBytes(folder, hooks) < needed) {
-        return "there is no room for a changed copy of " + Name(file) + " in its folder (" +
-               std::to_string(needed) + " bytes needed)";
-    }
     const std::string damage = ReadWhole(file, listing);
     if (!damage.empty()) {
-        return Name(file) + " is damaged: " + damage;
+        return system::QuotedName(file) + " is damaged: " + damage;
+    }
+    return {};
+}
+
+// The old file's bytes, then the changes made through hivex.
+std::string WriteChangedCopy(const fs::path& file, const fs::path& fresh,
+                             const std::vector<ValueChange>& changes) {
+    std::ifstream in(file, std::ios::binary);
+    const std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    if (in.bad()) {
+        return system::QuotedName(file) + " cannot be read";
+    }
+    std::string error = system::WriteNewFile(fresh, bytes, file);
+    if (!error.empty()) {
+        return error;
+    }
+    const WritableHive hive(hivex_open(fresh.c_str(), HIVEX_OPEN_WRITE));
+    if (!hive) {
+        return "hivex cannot open " + system::QuotedName(fresh) + " for writing (" + ErrorText() +
+               ")";
+    }
+    error = WriteChanges(hive.get(), changes);
+    if (!error.empty()) {
+        return system::QuotedName(file) + ": " + error;
+    }
+    if (hivex_commit(hive.get(), nullptr, 0) != 0) {
+        return system::QuotedName(fresh) + " cannot be written (" + ErrorText() + ")";
     }
     return {};
 }
@@ -345,66 +291,16 @@ EditResult EditHiveFile(const fs::path& file, const std::vector<ValueChange>& ch
     }
     std::string error;
     if (!ApplyToListing(expected, changes, error)) {
-        return {EditOutcome::kRefused, Name(file) + ": " + error};
+        return {EditOutcome::kRefused, system::QuotedName(file) + ": " + error};
     }
-
-    fs::path fresh = file;
-    fresh += ".regvexlor-new";
-    std::error_code ignored;
-    fs::remove(fresh, ignored);  // left by a change that was interrupted
-    struct stat info {};
-    stat(file.c_str(), &info);
-    error = CopyFile(file, fresh, info.st_mode & 07777);
-    if (!error.empty()) {
-        return Failed(fresh, error);
-    }
-    {
-        const WritableHive hive(hivex_open(fresh.c_str(), HIVEX_OPEN_WRITE));
-        if (!hive) {
-            return Failed(
-                fresh, "hivex cannot open " + Name(fresh) + " for writing (" + ErrorText() + ")");
-        }
-        error = WriteChanges(hive.get(), changes);
-        if (!error.empty()) {
-            return Failed(fresh, Name(file) + ": " + error);
-        }
-        if (hivex_commit(hive.get(), nullptr, 0) != 0) {
-            return Failed(fresh, Name(fresh) + " cannot be written (" + ErrorText() + ")");
-        }
-    }
-    Step(hooks, "written");
-    if (!SyncPath(fresh, O_RDONLY)) {
-        return Failed(fresh, Name(fresh) + " cannot be flushed to disk (" + ErrorText() + ")");
-    }
-    Step(hooks, "flushed");
-
-    HiveListing found;
-    error = ReadWhole(fresh, found);
-    if (error.empty()) {
-        error = FirstDifference(expected, found);
-    }
-    if (!error.empty()) {
-        return Failed(fresh, "the changed copy of " + Name(file) + " is not right: " + error);
-    }
-    Step(hooks, "verified");
-
-    // The old file keeps its name until the new one takes it: a link, where the file
-    // system has them, keeps a copy of it under the other name first.
-    const fs::path previous = PreviousFile(file);
-    fs::remove(previous, ignored);
-    if (link(file.c_str(), previous.c_str()) != 0 && rename(file.c_str(), previous.c_str()) != 0) {
-        return Failed(
-            fresh, Name(file) + " cannot be kept as " + Name(previous) + " (" + ErrorText() + ")");
-    }
-    Step(hooks, "linked");
-    if (rename(fresh.c_str(), file.c_str()) != 0) {
-        return Failed(fresh, Name(fresh) + " cannot take the name of " + Name(file) + " (" +
-                                 ErrorText() + ")");
-    }
-    Step(hooks, "renamed");
-    SyncPath(file.parent_path().empty() ? fs::path(".") : file.parent_path(),
-             O_RDONLY | O_DIRECTORY);
-    return {};
+    return system::ReplaceFile(
+        file, [&](const fs::path& fresh) { return WriteChangedCopy(file, fresh, changes); },
+        [&](const fs::path& fresh) {
+            HiveListing found;
+            const std::string unreadable = ReadWhole(fresh, found);
+            return unreadable.empty() ? FirstDifference(expected, found) : unreadable;
+        },
+        hooks);
 }
 
 }  // namespace regvex::hive

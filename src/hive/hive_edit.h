@@ -1,8 +1,8 @@
 #pragma once
 // Changes to the values of a hive file that is not in use, made so that nothing can be
-// lost: the changes go to a new file beside it (written through hivex), which is flushed,
-// read back and compared with the old one, and only then takes the old one's name. The
-// old file stays beside it as FILE.regvexlor-previous until the next change.
+// lost: the changes are written through hivex to a copy, which our reader must find equal
+// to the old hive except for exactly the changes before it replaces the old one (see
+// system/file_replace.h).
 
 #include <cstddef>
 #include <cstdint>
@@ -14,29 +14,16 @@
 #include <vector>
 
 #include "engine/value_change.h"
+#include "system/file_replace.h"
 
 namespace regvex::hive {
 
 using regvex::ValueChange;
 
-struct EditHooks {
-    // Called after each step ("written", "flushed", "verified", "linked", "renamed"):
-    // fault-injection tests end the process there.
-    std::function<void(std::string_view step)> after_step;
-    // Bytes free for a new file in `folder`; the file system's answer when empty.
-    std::function<std::uint64_t(const std::filesystem::path& folder)> free_bytes;
-};
-
-enum class EditOutcome {
-    kDone,
-    kRefused,  // nothing was written: the file cannot or must not be changed
-    kFailed,   // the new file was not right (or not written); the old one stays
-};
-
-struct EditResult {
-    EditOutcome outcome = EditOutcome::kDone;
-    std::string message;  // what was refused or went wrong, naming the file
-};
+using EditHooks = system::ReplaceHooks;
+using EditOutcome = system::ReplaceOutcome;
+using EditResult = system::ReplaceResult;
+using system::PreviousFile;
 
 // Why `file` must not be changed now, or empty: a dirty or damaged hive, a read-only file
 // or mount, a hibernated partition, too little space for the new file.
@@ -46,12 +33,5 @@ std::string WhyHiveCannotChange(const std::filesystem::path& file, const EditHoo
 // deletion its value; otherwise nothing is replaced.
 EditResult EditHiveFile(const std::filesystem::path& file, const std::vector<ValueChange>& changes,
                         const EditHooks& hooks = {});
-
-// FILE.regvexlor-previous, where the file before the last change is kept.
-inline std::filesystem::path PreviousFile(const std::filesystem::path& file) {
-    std::filesystem::path previous = file;
-    previous += ".regvexlor-previous";
-    return previous;
-}
 
 }  // namespace regvex::hive
