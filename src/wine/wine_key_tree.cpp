@@ -129,6 +129,18 @@ const WineKey* ResolveWinePath(const WineKey& top, std::string_view path) {
     return WinePathResolver(top).Resolve(path);
 }
 
+const WineKey* FindWineSubkey(const WineKey& key, std::string_view path) {
+    const WineKey* reached = &key;
+    for (std::size_t start = 0; reached != nullptr && start <= path.size();) {
+        const std::size_t end = std::min(path.find('\\', start), path.size());
+        if (end > start) {
+            reached = reached->FindChild(path.substr(start, end - start));
+        }
+        start = end + 1;
+    }
+    return reached;
+}
+
 const WineKey* WinePathResolver::Resolve(std::string_view path) {
     // The names this path shares with the last one, whole.
     std::size_t shared = 0;

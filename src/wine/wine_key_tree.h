@@ -51,6 +51,13 @@ struct WineKey {
 // times in all. Null when a key is missing or a link leads nowhere. After Finish.
 const WineKey* ResolveWinePath(const WineKey& top, std::string_view path);
 
+// The key at `path` below `key` as the tree holds it, no link followed; "" and empty names
+// between separators stand for no step, as in a file's key lines. After Finish.
+const WineKey* FindWineSubkey(const WineKey& key, std::string_view path);
+inline WineKey* FindWineSubkey(WineKey& key, std::string_view path) {
+    return const_cast<WineKey*>(FindWineSubkey(static_cast<const WineKey&>(key), path));
+}
+
 // The same, for paths that come in walk order: each path starts from the key of the
 // longest leading part it shares with the path before it.
 class WinePathResolver {

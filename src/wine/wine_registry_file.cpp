@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <streambuf>
 
 #include "engine/registry.h"
 #include "text/utf8.h"
@@ -115,6 +116,10 @@ class FileReader {
                 if (key_ != nullptr && line_.compare(pos, std::string::npos, "#link") == 0) {
                     key_->link = true;
                 }
+                if (key_ != nullptr && contents_.record_lines &&
+                    contents_.sections.back().values_line == line_number_) {
+                    ++contents_.sections.back().values_line;
+                }
                 return;
             case '[':
                 ReadKey(pos + 1);
@@ -176,9 +181,13 @@ class FileReader {
         }
         last_path_.swap(path_);
         key_ = key;
+        if (contents_.record_lines) {
+            contents_.sections.push_back({key, line_number_, line_number_ + 1});
+        }
     }
 
     void ReadValue(std::size_t pos) {
+        const std::size_t first_line = line_number_;
         WineValue value;
         if (line_[pos] == '@') {
             ++pos;
@@ -199,6 +208,10 @@ class FileReader {
         ReadData(pos, value);
         if (key_ == nullptr) {
             throw BadLine{"a value outside any key"};
+        }
+        if (contents_.record_lines) {
+            contents_.values.push_back(
+                {contents_.sections.size() - 1, value.name, first_line, line_number_ + 1});
         }
         key_->SetValue(std::move(value));
     }
@@ -334,6 +347,22 @@ class FileReader {
 std::optional<std::string> ReadWineRegistryFile(std::istream& in, std::string_view default_root,
                                                 WineKey& top, WineFileContents& contents) {
     return FileReader(in, top, contents).Read(default_root);
+}
+
+std::optional<std::string> ReadWineRegistryText(std::string_view text,
+                                                std::string_view default_root, WineKey& top,
+                                                WineFileContents& contents) {
+    // Read in place, as a prefix's system.reg runs to megabytes; the stream only reads.
+    class ViewBuffer : public std::streambuf {
+      public:
+        explicit ViewBuffer(std::string_view view) {
+            char* begin = const_cast<char*>(view.data());
+            setg(begin, begin, begin + view.size());
+        }
+    };
+    ViewBuffer buffer(text);
+    std::istream in(&buffer);
+    return ReadWineRegistryFile(in, default_root, top, contents);
 }
 
 }  // namespace regvex::wine

@@ -1,6 +1,7 @@
 #include "wine/wine_text.h"
 
 #include <array>
+#include <charconv>
 #include <memory>
 
 #include "text/upper_case.h"
@@ -123,6 +124,43 @@ bool ReadEscapedText(std::string_view line, std::size_t& pos, char end_char, std
         }
     }
     return pos < line.size();
+}
+
+void AppendEscapedText(std::string& out, std::u16string_view units) {
+    static constexpr std::string_view kCEscapes = ".......abtnvfr.............e....";
+    // Lower-case digits, at least `width` of them.
+    const auto append_number = [&out](unsigned value, int base, std::size_t width) {
+        char digits[8];
+        const auto written =
+            static_cast<std::size_t>(std::to_chars(digits, digits + 8, value, base).ptr - digits);
+        out.append(width > written ? width - written : 0, '0');
+        out.append(digits, written);
+    };
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        const char16_t unit = units[i];
+        const bool last = i + 1 == units.size();
+        const char16_t next = last ? u'\0' : units[i + 1];
+        if (unit > 127) {
+            out += "\\x";
+            const bool hex_follows = next < 128 && HexValue(static_cast<char>(next)) >= 0;
+            append_number(unit, 16, hex_follows ? 4 : 1);
+        } else if (unit < 32) {
+            if (unit == 0 && last) {
+                continue;
+            }
+            out.push_back('\\');
+            if (kCEscapes[unit] != '.') {
+                out.push_back(kCEscapes[unit]);
+            } else {
+                append_number(unit, 8, next >= u'0' && next <= u'7' ? 3 : 1);
+            }
+        } else {
+            if (unit == u'\\' || unit == u'"') {
+                out.push_back('\\');
+            }
+            out.push_back(static_cast<char>(unit));
+        }
+    }
 }
 
 bool ReadEscapedUtf8(std::string_view line, std::size_t& pos, char end_char, std::string& out) {

@@ -16,6 +16,11 @@ namespace regvex::wine {
 // without a terminator; false when the text ends before `end_char`.
 bool ReadEscapedText(std::string_view line, std::size_t& pos, char end_char, std::u16string& out);
 
+// Appends `units` as Wine's server writes a value's name or string data between quotes:
+// the reverse of ReadEscapedText, in its exact choices (C escapes where there is one, the
+// shortest octal or hex form unless a digit follows, a last NUL left out as a terminator).
+void AppendEscapedText(std::string& out, std::u16string_view units);
+
 // The same, as UTF-8 (unpaired surrogates become U+FFFD).
 bool ReadEscapedUtf8(std::string_view line, std::size_t& pos, char end_char, std::string& out);
 
