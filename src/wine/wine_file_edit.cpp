@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <map>
 #include <unordered_map>
 
 #include "engine/registry.h"
@@ -89,9 +90,19 @@ class FileEditor {
 
     std::optional<std::string> Apply(const ValueChange& change) {
         const WineKey* key = root_ == nullptr ? nullptr : FindWineSubkey(*root_, change.key_path);
-        const auto sections = sections_of_.find(key);
-        if (key == nullptr || sections == sections_of_.end()) {
+        if (key == nullptr) {
             return CannotChange(change, "the key is not in the file");
+        }
+        const auto sections = sections_of_.find(key);
+        if (sections == sections_of_.end()) {
+            // Wine writes no section for a key without values that has subkeys: the key is
+            // there as part of their paths.
+            if (change.remove) {
+                return CannotChange(change, "the value is not in the key");
+            }
+            NewSectionFor(*key).values[WineOrderForm(change.name)] =
+                WineValueText(change.name, change.type, change.data, line_end_);
+            return std::nullopt;
         }
         std::vector<ValueSlot>& slots = SlotsOf(*key, sections->second);
         const std::u16string form = WineOrderForm(change.name);
@@ -134,6 +145,7 @@ class FileEditor {
             std::size_t before_line;
             const std::u16string* form;
             const std::string* text;
+            bool section = false;  // after the values that end the section before it
         };
         std::vector<Insertion> insertions;
         std::vector<bool> dropped(lines_.size() + 2, false);
@@ -148,8 +160,21 @@ class FileEditor {
                 }
             }
         }
+        std::vector<std::string> section_texts;
+        section_texts.reserve(new_sections_.size());
+        for (const NewSection& section : new_sections_) {
+            std::string text = section.header;
+            for (const auto& [form, value] : section.values) {
+                text.append(line_end_).append(value);
+            }
+            // The blank line that parts sections, before the next one or at the end.
+            section_texts.push_back(section.before_line > lines_.size() ? line_end_ + text
+                                                                        : text + line_end_);
+            insertions.push_back({section.before_line, &section.form, &section_texts.back(), true});
+        }
         std::sort(insertions.begin(), insertions.end(), [](const auto& a, const auto& b) {
             return a.before_line != b.before_line ? a.before_line < b.before_line
+                   : a.section != b.section       ? b.section
                                                   : *a.form < *b.form;
         });
         std::string out;
@@ -171,6 +196,76 @@ class FileEditor {
     }
 
   private:
+    // A section for a key that has none, with the values set in it in Wine's order.
+    struct NewSection {
+        const WineKey* key = nullptr;
+        std::size_t before_line = 0;
+        std::u16string form;  // orders sections added before one line
+        std::string header;
+        std::map<std::u16string, std::string> values;
+    };
+
+    // Before the first section of a key below it, where Wine would write it, else at the
+    // end; stamped with the time of the section it goes before (or the last one).
+    NewSection& NewSectionFor(const WineKey& key) {
+        for (NewSection& section : new_sections_) {
+            if (section.key == &key) {
+                return section;
+            }
+        }
+        NewSection added{&key, lines_.size() + 1, key.order_form, "[", {}};
+        std::size_t stamped = contents_.sections.empty() ? 0 : contents_.sections.back().key_line;
+        for (const WineSectionLines& section : contents_.sections) {
+            const WineKey* above = section.key == nullptr ? nullptr : section.key->parent;
+            while (above != nullptr && above != &key) {
+                above = above->parent;
+            }
+            if (above == &key) {
+                added.before_line = section.key_line;
+                stamped = section.key_line;
+                break;
+            }
+        }
+        std::vector<const WineKey*> names;
+        for (const WineKey* each = &key; each != root_ && each != nullptr; each = each->parent) {
+            names.push_back(each);
+        }
+        for (auto each = names.rbegin(); each != names.rend(); ++each) {
+            if (each != names.rbegin()) {
+                added.header += "\\\\";
+            }
+            std::string name;
+            AppendEscapedText(name, text::Utf8ToUtf16((*each)->name));
+            for (const char c : name) {
+                if (c == '[' || c == ']') {
+                    added.header += '\\';
+                }
+                added.header += c;
+            }
+        }
+        added.header += ']';
+        added.header += Stamp(stamped);
+        new_sections_.push_back(std::move(added));
+        return new_sections_.back();
+    }
+
+    // " 1234567890", the modification time of the key line `line`, or "" when it has none.
+    std::string Stamp(std::size_t line) const {
+        if (line == 0 || line > lines_.size()) {
+            return {};
+        }
+        std::string_view text = lines_[line - 1];
+        while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) {
+            text.remove_suffix(1);
+        }
+        const std::size_t close = text.rfind(']');
+        const std::size_t digits = close == std::string_view::npos ? 0 : close + 1;
+        std::string stamp(text.substr(digits));
+        const bool number = stamp.size() > 1 && stamp[0] == ' ' &&
+                            stamp.find_first_not_of("0123456789", 1) == std::string::npos;
+        return number ? stamp : std::string();
+    }
+
     // The key's values in all its sections, in file order, once a change reaches the key.
     std::vector<ValueSlot>& SlotsOf(const WineKey& key, const std::vector<std::size_t>& sections) {
         const auto [found, made] = slots_.try_emplace(&key);
@@ -218,6 +313,7 @@ class FileEditor {
     std::unordered_map<const WineKey*, std::vector<std::size_t>> sections_of_;
     std::vector<std::size_t> first_value_;  // of each section, in contents_.values
     std::unordered_map<const WineKey*, std::vector<ValueSlot>> slots_;
+    std::vector<NewSection> new_sections_;
 };
 
 }  // namespace
