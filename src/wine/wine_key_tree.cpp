@@ -65,6 +65,7 @@ WineKey& WineKey::Child(std::string_view child_name) {
         auto key = std::make_unique<WineKey>();
         key->name = std::string(child_name);
         key->order_form = form;
+        key->parent = this;
         found = children.emplace(form, std::move(key)).first;
     }
     return *found->second;
@@ -114,6 +115,21 @@ void WineKey::Finish() {
         child->Finish();
         ordered.push_back(child.get());
     }
+}
+
+std::string WineKey::Path() const {
+    std::vector<const WineKey*> keys;
+    for (const WineKey* key = this; key->parent != nullptr; key = key->parent) {
+        keys.push_back(key);
+    }
+    std::string path;
+    for (auto key = keys.rbegin(); key != keys.rend(); ++key) {
+        if (!path.empty()) {
+            path.push_back('\\');
+        }
+        path += (*key)->name;
+    }
+    return path;
 }
 
 std::optional<std::string> WineKey::LinkTarget() const {

@@ -30,6 +30,8 @@ struct WineKey {
     // Set by a "#link" line: opening the key opens the kernel path its SymbolicLinkValue
     // names.
     bool link = false;
+    // The key this one is a child of; null for \Registry itself.
+    WineKey* parent = nullptr;
 
     // After Finish: the children in order, for enumeration by index and lookup.
     std::vector<WineKey*> ordered;
@@ -42,6 +44,9 @@ struct WineKey {
     void SetValue(WineValue value);
     // Puts values and subkeys in Wine's order, here and below.
     void Finish();
+    // The key's own path below \Registry ("Machine\Software\..."), with its names as
+    // they were first spelt; links are not part of it.
+    std::string Path() const;
     // The target of a link, "\Registry\..." as written; nullopt when it names none.
     std::optional<std::string> LinkTarget() const;
 };

@@ -57,6 +57,7 @@ bool ReadFile(const std::filesystem::path& prefix, const RegistryFile& file, Win
                                   " more bad lines skipped");
     }
     root = contents.root;
+    result.files.emplace_back(path, root);
     return true;
 }
 

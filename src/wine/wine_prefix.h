@@ -23,6 +23,9 @@ struct WinePrefixRegistry {
     std::string error;                       // why not
     // Lines skipped as Wine skips them, and files that are missing, one message each.
     std::vector<std::string> warnings;
+    // Each registry file read, with the key below \Registry that its keys are relative to
+    // ("Machine" for system.reg).
+    std::vector<std::pair<std::filesystem::path, std::string>> files;
 };
 
 WinePrefixRegistry ReadWinePrefixRegistry(const std::filesystem::path& prefix);

@@ -103,6 +103,14 @@ const WineKey* WineRegistry::Lookup(KeyHandle key) const {
     return key == 0 || key > handles_.size() ? nullptr : handles_[key - 1];
 }
 
+std::optional<std::string> WineRegistry::StoredPath(KeyHandle key) const {
+    const WineKey* node = Lookup(key);
+    if (node == nullptr) {
+        return std::nullopt;
+    }
+    return node->Path();
+}
+
 RegStatus WineRegistry::EnumKey(KeyHandle key, std::uint32_t index, std::string& name) {
     const WineKey* node = Lookup(key);
     if (node == nullptr) {

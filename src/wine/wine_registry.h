@@ -13,6 +13,7 @@
 // kAccessDenied.
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,11 @@ class WineRegistry final : public Registry {
     RegStatus SetValue(KeyHandle key, std::string_view name, std::uint32_t type,
                        std::span<const std::uint8_t> data) override;
     RegStatus DeleteValue(KeyHandle key, std::string_view name) override;
+
+    // The path below \Registry of the stored key that an open key is, links followed
+    // ("Machine\System\ControlSet001" for HKLM\System\CurrentControlSet); nullopt for a
+    // handle that is not open.
+    std::optional<std::string> StoredPath(KeyHandle key) const;
 
   private:
     const WineKey* Lookup(KeyHandle key) const;
