@@ -229,6 +229,24 @@ TEST(HiveRefusals, LeaveTheFileAsItWas) {
     }
 }
 
+// A file system mounted read-only, where this machine lets the test mount one.
+TEST(HiveRefusals, ReadOnlyMount) {
+    REGVEX_REQUIRE_HIVE(shared, "plaso-NTUSER.DAT");
+    const fs::path mount_point = testing::ScratchFolder("refusal-read-only-mount");
+    const std::string at = "'" + mount_point.string() + "'";
+    if (std::system(("mount -t tmpfs -o size=16m tmpfs " + at + " 2>/dev/null").c_str()) != 0) {
+        GTEST_SKIP() << "no file system can be mounted here";
+    }
+    const fs::path hive = mount_point / "NTUSER.DAT";
+    fs::copy_file(shared, hive);
+    const ValueChange change = FirstValue(hive);
+    ASSERT_EQ(std::system(("mount -o remount,ro " + at).c_str()), 0);
+    const EditResult result = EditHiveFile(hive, {change});
+    std::system(("umount " + at).c_str());
+    EXPECT_EQ(result.outcome, EditOutcome::kRefused);
+    EXPECT_NE(result.message.find("mounted read-only"), std::string::npos) << result.message;
+}
+
 TEST(HiveRefusals, TheCommandLineAnswersTwoAndWritesNoBackup) {
     REGVEX_REQUIRE_HIVE(shared, "plaso-NTUSER.DAT");
     const fs::path folder = testing::ScratchFolder("refusal-command-line");
