@@ -1,6 +1,10 @@
 #include "cli/change_recorder.h"
 
+#include <algorithm>
 #include <utility>
+
+#include "text/upper_case.h"
+#include "wine/wine_prefix.h"
 
 namespace regvex::cli {
 
@@ -9,7 +13,7 @@ namespace {
 // Reads go to the hive; writes are noted instead of made.
 class NotingHive final : public Registry {
   public:
-    NotingHive(std::unique_ptr<Registry> hive, std::vector<hive::ValueChange>& noted,
+    NotingHive(std::unique_ptr<Registry> hive, NotedFile& noted,
                const std::optional<std::size_t>& next_position)
         : hive_(std::move(hive)), noted_(noted), next_position_(next_position) {}
 
@@ -50,8 +54,8 @@ class NotingHive final : public Registry {
         if (path == paths_.end()) {
             return reg::kInvalidHandle;
         }
-        noted_.push_back({path->second, std::string(name), false, type,
-                          std::vector<std::uint8_t>(data.begin(), data.end()), next_position_});
+        noted_.Note({path->second, std::string(name), false, type,
+                     std::vector<std::uint8_t>(data.begin(), data.end()), next_position_});
         return reg::kSuccess;
     }
     RegStatus DeleteValue(KeyHandle key, std::string_view name) override {
@@ -59,18 +63,118 @@ class NotingHive final : public Registry {
         if (path == paths_.end()) {
             return reg::kInvalidHandle;
         }
-        noted_.push_back({path->second, std::string(name), true, 0, {}, std::nullopt});
+        noted_.Note({path->second, std::string(name), true, 0, {}, std::nullopt});
         return reg::kSuccess;
     }
 
   private:
     std::unique_ptr<Registry> hive_;
-    std::vector<hive::ValueChange>& noted_;
+    NotedFile& noted_;
     const std::optional<std::size_t>& next_position_;
     std::map<KeyHandle, std::string> paths_;
 };
 
+// Reads go to the prefix's registry; a write is noted for the file that holds the stored
+// key it reaches, below that file's root.
+class NotingWine final : public Registry {
+  public:
+    NotingWine(std::unique_ptr<wine::WineRegistry> wine,
+               std::vector<std::pair<std::filesystem::path, std::string>> files,
+               NotedChanges& noted)
+        : wine_(std::move(wine)), files_(std::move(files)), noted_(noted) {}
+
+    RegStatus OpenKey(RootKeyHandle root, std::string_view path, AccessMask access,
+                      KeyHandle& key) override {
+        return wine_->OpenKey(root, path, access, key);
+    }
+    RegStatus CreateKey(RootKeyHandle root, std::string_view path, AccessMask access,
+                        KeyHandle& key) override {
+        return OpenKey(root, path, access, key);
+    }
+    RegStatus CloseKey(KeyHandle key) override { return wine_->CloseKey(key); }
+    RegStatus EnumKey(KeyHandle key, std::uint32_t index, std::string& name) override {
+        return wine_->EnumKey(key, index, name);
+    }
+    RegStatus EnumValue(KeyHandle key, std::uint32_t index, ValueSlot& value) override {
+        return wine_->EnumValue(key, index, value);
+    }
+    RegStatus QueryValue(KeyHandle key, std::string_view name, std::uint32_t& type,
+                         std::vector<std::uint8_t>& data) override {
+        return wine_->QueryValue(key, name, type, data);
+    }
+    RegStatus ReadValue(KeyHandle key, std::uint32_t index, std::string& name, std::uint32_t& type,
+                        std::vector<std::uint8_t>& data) override {
+        return wine_->ReadValue(key, index, name, type, data);
+    }
+    RegStatus SetValue(KeyHandle key, std::string_view name, std::uint32_t type,
+                       std::span<const std::uint8_t> data) override {
+        return Note(key, {{},
+                          std::string(name),
+                          false,
+                          type,
+                          std::vector<std::uint8_t>(data.begin(), data.end()),
+                          std::nullopt});
+    }
+    RegStatus DeleteValue(KeyHandle key, std::string_view name) override {
+        return Note(key, {{}, std::string(name), true, 0, {}, std::nullopt});
+    }
+
+  private:
+    // The file whose root is the longest that begins the key's path.
+    RegStatus Note(KeyHandle key, ValueChange change) {
+        const std::optional<std::string> path = wine_->StoredPath(key);
+        if (!path) {
+            return reg::kInvalidHandle;
+        }
+        const std::string upper_path = text::UpperCase(*path);
+        const std::pair<std::filesystem::path, std::string>* holder = nullptr;
+        for (const auto& file : files_) {
+            const std::string root = text::UpperCase(file.second);
+            if (upper_path.starts_with(root) &&
+                (upper_path.size() == root.size() || upper_path[root.size()] == '\\') &&
+                (holder == nullptr || file.second.size() > holder->second.size())) {
+                holder = &file;
+            }
+        }
+        if (holder == nullptr) {
+            return reg::kAccessDenied;  // a key the server makes afresh, in no file
+        }
+        change.key_path = path->substr(std::min(path->size(), holder->second.size() + 1));
+        NotedFile& noted = noted_[holder->first];
+        noted.kind = RegistryFileKind::kWineFile;
+        noted.Note(std::move(change));
+        return reg::kSuccess;
+    }
+
+    std::unique_ptr<wine::WineRegistry> wine_;
+    std::vector<std::pair<std::filesystem::path, std::string>> files_;
+    NotedChanges& noted_;
+};
+
 }  // namespace
+
+void NotedFile::Note(ValueChange change) {
+    const bool again =
+        change.remove && std::any_of(changes.begin(), changes.end(), [&](const ValueChange& each) {
+            return each.remove && each.name == change.name &&
+                   text::UpperCase(each.key_path) == text::UpperCase(change.key_path);
+        });
+    if (!again) {
+        changes.push_back(std::move(change));
+    }
+}
+
+std::unique_ptr<Registry> RecordingPlatform::OpenWinePrefix(const std::filesystem::path& prefix,
+                                                            std::string& error,
+                                                            std::vector<std::string>& warnings) {
+    wine::WinePrefixRegistry read = wine::ReadWinePrefixRegistry(prefix);
+    error = std::move(read.error);
+    warnings.insert(warnings.end(), read.warnings.begin(), read.warnings.end());
+    if (!read.registry) {
+        return nullptr;
+    }
+    return std::make_unique<NotingWine>(std::move(read.registry), std::move(read.files), noted_);
+}
 
 std::unique_ptr<Registry> RecordingPlatform::OpenHive(const std::filesystem::path& file,
                                                       std::string& error, std::ostream& warnings) {
@@ -78,7 +182,9 @@ std::unique_ptr<Registry> RecordingPlatform::OpenHive(const std::filesystem::pat
     if (!hive) {
         return nullptr;
     }
-    return std::make_unique<NotingHive>(std::move(hive), noted_[file], next_position_);
+    NotedFile& noted = noted_[file];
+    noted.kind = RegistryFileKind::kHive;
+    return std::make_unique<NotingHive>(std::move(hive), noted, next_position_);
 }
 
 }  // namespace regvex::cli

@@ -1,7 +1,7 @@
 #pragma once
-// An offline registry whose hive files take no change directly: each delete or set of a
-// value is noted with the hive file and the key's place in it, so that every file's
-// changes can be checked first and then made in one safe step.
+// An offline registry whose files (hives, a Wine prefix's registry files) take no change
+// directly: each delete or set of a value is noted with the file and the key's place in
+// it, so that every file's changes can be checked first and then made in one safe step.
 
 #include <filesystem>
 #include <map>
@@ -12,12 +12,21 @@
 #include <vector>
 
 #include "cli/cli_platform.h"
-#include "hive/hive_edit.h"
+#include "engine/value_change.h"
 
 namespace regvex::cli {
 
-// The changes noted, by hive file, in the order they were asked for.
-using NotedChanges = std::map<std::filesystem::path, std::vector<hive::ValueChange>>;
+// The changes to one file, in the order they were asked for. A value reached twice (by
+// two roots, or through a link) is deleted once.
+struct NotedFile {
+    RegistryFileKind kind = RegistryFileKind::kHive;
+    std::vector<ValueChange> changes;
+
+    void Note(ValueChange change);
+};
+
+// The changes noted, by file.
+using NotedChanges = std::map<std::filesystem::path, NotedFile>;
 
 // The platform it is given, except that the hives it opens note their changes in
 // `noted`. Must outlive what it opens.
@@ -30,6 +39,9 @@ class RecordingPlatform final : public CliPlatform {
     }
     std::unique_ptr<Registry> OpenHive(const std::filesystem::path& file, std::string& error,
                                        std::ostream& warnings) override;
+    std::unique_ptr<Registry> OpenWinePrefix(const std::filesystem::path& prefix,
+                                             std::string& error,
+                                             std::vector<std::string>& warnings) override;
     std::unique_ptr<FileExistence> SystemFiles() override { return inner_.SystemFiles(); }
     const text::AnsiCodePage& AnsiCodePage() override { return inner_.AnsiCodePage(); }
     AccessMask KeyAccessMask() override { return inner_.KeyAccessMask(); }

@@ -50,9 +50,10 @@ constexpr const char* kUsageTemplate =
     "  backups delete N      deletes backup N\n"
     "\n"
     "  Without SOURCE, fix and backups need the live registry of Windows or Wine. With\n"
-    "  --hive or --windows (on Linux) they change the hive files: each through a copy\n"
-    "  that is verified before it replaces the file, kept as FILE.regvexlor-previous;\n"
-    "  backups keep every deleted value's type and bytes.\n"
+    "  --hive, --windows or --wine-prefix (on Linux) they change the registry's files:\n"
+    "  each through a copy that is verified before it replaces the file, kept as\n"
+    "  FILE.regvexlor-previous; backups keep every deleted value's type and bytes. A\n"
+    "  Wine prefix is changed only while its wineserver is not running.\n"
     "  --backups DIR         keep and look for backups in DIR instead of RegBackups\n"
     "  --dry-run             print what fix would delete; write nothing\n";
 

@@ -10,12 +10,19 @@
 
 #include "engine/path_exists.h"
 #include "engine/registry.h"
-#include "hive/hive_edit.h"
+#include "engine/value_change.h"
+#include "system/file_replace.h"
 #include "system/file_system.h"
 #include "system/process.h"
 #include "text/ansi_code_page.h"
 
 namespace regvex::cli {
+
+// The kinds of file that hold a registry that is not running.
+enum class RegistryFileKind {
+    kHive,      // a Windows hive file
+    kWineFile,  // system.reg, user.reg or userdef.reg of a Wine prefix
+};
 
 // What backing up, deleting and restoring need beyond the registry: the program's folder
 // (the backups lie beside it), the system's programs and the date for backup names.
@@ -50,11 +57,19 @@ class CliPlatform {
     virtual std::filesystem::path ProgramFolderPath();
     // The local date and time as backup names are made from (see system/general_date.h).
     virtual std::string DateTextNow();
-    // Whether a hive file may be changed now (empty) or why not, and the change itself,
-    // made safely (see hive/hive_edit.h). Answered where hive files can be written.
-    virtual std::string WhyHiveCannotChange(const std::filesystem::path& file);
-    virtual hive::EditResult EditHive(const std::filesystem::path& file,
-                                      const std::vector<hive::ValueChange>& changes);
+    // A Wine prefix's registry, read from its files (see wine/wine_prefix.h); null with
+    // why not. Lines and files it goes on without are added to `warnings`.
+    virtual std::unique_ptr<Registry> OpenWinePrefix(const std::filesystem::path& prefix,
+                                                     std::string& error,
+                                                     std::vector<std::string>& warnings);
+    // Whether a registry file may be changed now (empty) or why not, and the change
+    // itself, made safely (see hive/hive_edit.h and wine/wine_file_change.h). Answered
+    // where such files can be written.
+    virtual std::string WhyFileCannotChange(const std::filesystem::path& file,
+                                            RegistryFileKind kind);
+    virtual system::ReplaceResult ChangeFile(const std::filesystem::path& file,
+                                             RegistryFileKind kind,
+                                             const std::vector<ValueChange>& changes);
     virtual bool StdoutIsTerminal() = 0;
     virtual bool StderrIsTerminal() = 0;
 };

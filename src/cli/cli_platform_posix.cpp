@@ -4,8 +4,10 @@
 
 #include "cli/cli_platform.h"
 #include "cli/visible_text.h"
+#include "hive/hive_edit.h"
 #include "hive/hive_file.h"
 #include "system/general_date.h"
+#include "wine/wine_file_change.h"
 
 namespace regvex::cli {
 
@@ -46,12 +48,14 @@ class PosixPlatform final : public CliPlatform {
         return std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
     }
     std::string DateTextNow() override { return system::GeneralDateTextNow(); }
-    std::string WhyHiveCannotChange(const std::filesystem::path& file) override {
-        return hive::WhyHiveCannotChange(file);
+    std::string WhyFileCannotChange(const std::filesystem::path& file,
+                                    RegistryFileKind kind) override {
+        return kind == RegistryFileKind::kHive ? hive::WhyHiveCannotChange(file)
+                                               : wine::WhyWineFileCannotChange(file);
     }
-    hive::EditResult EditHive(const std::filesystem::path& file,
-                              const std::vector<hive::ValueChange>& changes) override {
-        hive::EditHooks hooks;
+    system::ReplaceResult ChangeFile(const std::filesystem::path& file, RegistryFileKind kind,
+                                     const std::vector<ValueChange>& changes) override {
+        system::ReplaceHooks hooks;
         // REGVEX_STOP_AFTER=STEP ends the process after that step of a change, as a
         // power loss would: what the file is left as can then be checked.
         if (const char* stop = std::getenv("REGVEX_STOP_AFTER"); stop != nullptr) {
@@ -61,7 +65,8 @@ class PosixPlatform final : public CliPlatform {
                 }
             };
         }
-        return hive::EditHiveFile(file, changes, hooks);
+        return kind == RegistryFileKind::kHive ? hive::EditHiveFile(file, changes, hooks)
+                                               : wine::EditWineRegistryFile(file, changes, hooks);
     }
     bool StdoutIsTerminal() override { return isatty(STDOUT_FILENO) != 0; }
     bool StderrIsTerminal() override { return isatty(STDERR_FILENO) != 0; }

@@ -134,7 +134,7 @@ int RestoreOffline(const fs::path& file, const SourceOptions& sources, std::ostr
             source->registry->SetValue(key.get(), each.value.name, each.value.type, data) !=
                 reg::kSuccess) {
             err << "regvexlor-cli: " << VisibleText(FullKey(each.root, each.key_path))
-                << " is not a key of a hive file here; nothing was restored\n";
+                << " is not a key of a registry file here; nothing was restored\n";
             return kExitUsage;
         }
     }
@@ -186,8 +186,8 @@ int RunOfflineBackups(const std::vector<std::string>& args, std::ostream& out, s
         return kExitUsage;
     }
     if (!CheckSourceOptions(sources, error) || !sources.registry_files.empty()) {
-        err << "regvexlor-cli: " << (error.empty() ? "a backup is restored to hive files" : error)
-            << "\n";
+        err << "regvexlor-cli: "
+            << (error.empty() ? "a backup is restored to registry files" : error) << "\n";
         return kExitUsage;
     }
     const fs::path folder = BackupsFolderOf(folder_option, platform);
@@ -217,8 +217,9 @@ int RunOfflineBackups(const std::vector<std::string>& args, std::ostream& out, s
         out << "Deleted\t" << VisibleText(entries[number - 1].number_text) << '\n';
         return kExitOk;
     }
-    if (!OnHiveFiles(sources)) {
-        err << "regvexlor-cli: restore a backup to hive files with --hive or --windows\n";
+    if (!OnRegistryFiles(sources)) {
+        err << "regvexlor-cli: restore a backup to hive files with --hive or --windows, or to "
+               "a Wine prefix with --wine-prefix\n";
         return kExitUsage;
     }
     return RestoreOffline(file, sources, out, err, platform);

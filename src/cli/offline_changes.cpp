@@ -60,11 +60,11 @@ bool TakeBackupsOption(std::vector<std::string>& args, std::string& folder, std:
 // Refuses, before anything is written, every file that must not change now.
 bool AllMayChange(const NotedChanges& noted, std::ostream& err, CliPlatform& platform) {
     bool all = true;
-    for (const auto& [file, changes] : noted) {
-        if (changes.empty()) {
+    for (const auto& [file, noted_file] : noted) {
+        if (noted_file.changes.empty()) {
             continue;
         }
-        const std::string why_not = platform.WhyHiveCannotChange(file);
+        const std::string why_not = platform.WhyFileCannotChange(file, noted_file.kind);
         if (!why_not.empty()) {
             err << "regvexlor-cli: " << VisibleText(why_not) << "\n";
             all = false;
@@ -75,18 +75,20 @@ bool AllMayChange(const NotedChanges& noted, std::ostream& err, CliPlatform& pla
 
 // Makes the noted changes file by file; the exit code.
 int MakeChanges(const NotedChanges& noted, std::ostream& err, CliPlatform& platform) {
-    for (const auto& [file, changes] : noted) {
+    for (const auto& [file, noted_file] : noted) {
+        const auto& changes = noted_file.changes;
         if (changes.empty()) {
             continue;
         }
-        const hive::EditResult result = platform.EditHive(file, changes);
-        if (result.outcome != hive::EditOutcome::kDone) {
+        const system::ReplaceResult result = platform.ChangeFile(file, noted_file.kind, changes);
+        if (result.outcome != system::ReplaceOutcome::kDone) {
             err << "regvexlor-cli: " << VisibleText(result.message) << "\n";
-            return result.outcome == hive::EditOutcome::kRefused ? kExitUsage : kExitScanFailed;
+            return result.outcome == system::ReplaceOutcome::kRefused ? kExitUsage
+                                                                      : kExitScanFailed;
         }
         err << changes.size() << " changes written to " << VisibleText(text::Utf8FromPath(file))
             << " (the file before them: "
-            << VisibleText(text::Utf8FromPath(hive::PreviousFile(file))) << ")\n";
+            << VisibleText(text::Utf8FromPath(system::PreviousFile(file))) << ")\n";
     }
     return kExitOk;
 }

@@ -51,9 +51,10 @@ struct OfflineValue {
 
 std::string FullKey(RootKeyHandle root, const std::string& path);
 
-// Whether the source options name hive files (--hive or --windows).
-inline bool OnHiveFiles(const SourceOptions& sources) {
-    return !sources.hives.empty() || !sources.windows_dir.empty();
+// Whether the source options name registry files that can be changed: hive files
+// (--hive or --windows) or a Wine prefix.
+inline bool OnRegistryFiles(const SourceOptions& sources) {
+    return !sources.hives.empty() || !sources.windows_dir.empty() || !sources.wine_prefix.empty();
 }
 
 // The folder chosen with --backups, else RegBackups beside the program.

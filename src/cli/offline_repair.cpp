@@ -99,17 +99,10 @@ bool ParseRepairOptions(std::vector<std::string> args, RepairOptions& options, s
     if (!ParseScanOptions(scan_args, options.scan, error)) {
         return false;
     }
-    const SourceOptions& sources = options.scan.sources;
-    if (!sources.wine_prefix.empty()) {
+    if (!options.scan.help && !OnRegistryFiles(options.scan.sources)) {
         error =
-            "a Wine prefix is not yet changed from outside; run regvexlor-cli.exe fix under "
-            "Wine in that prefix";
-        return false;
-    }
-    if (!options.scan.help && !OnHiveFiles(sources)) {
-        error =
-            "fix --backups and --dry-run work on hive files (--hive or --windows); "
-            "--registry files cannot be written back";
+            "fix --backups and --dry-run work on hive files (--hive or --windows) and Wine "
+            "prefixes (--wine-prefix); --registry files cannot be written back";
         return false;
     }
     return true;
@@ -195,7 +188,7 @@ int RunOfflineFix(const std::vector<std::string>& args, std::ostream& out, std::
             registry.DeleteValue(key.get(), each.value_name) != reg::kSuccess) {
             err << "regvexlor-cli: the value \"" << VisibleText(each.value_name) << "\" of "
                 << VisibleText(FullKey(value.root, each.key_path))
-                << " cannot be read whole or belongs to no hive file. Nothing was deleted.\n";
+                << " cannot be read whole or belongs to no registry file. Nothing was deleted.\n";
             return kExitScanFailed;
         }
         taken.push_back(std::move(value));

@@ -189,7 +189,7 @@ std::unique_ptr<OpenedSource> OpenSource(const SourceOptions& sources, std::ostr
         opened->windows = std::move(system);
     } else if (!sources.wine_prefix.empty()) {
         std::vector<std::pair<char, std::string>> drives;
-        auto registry = OpenWinePrefix(sources.wine_prefix, err, drives);
+        auto registry = OpenWinePrefix(sources.wine_prefix, err, drives, platform);
         if (!registry) {
             return nullptr;
         }

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "cli/cli_platform.h"
 #include "engine/registry.h"
 
 namespace regvex::cli {
@@ -16,6 +17,7 @@ namespace regvex::cli {
 // the prefix cannot be read. `drives` gets the prefix's drives, to be mapped before any
 // --map.
 std::unique_ptr<Registry> OpenWinePrefix(const std::string& prefix, std::ostream& err,
-                                         std::vector<std::pair<char, std::string>>& drives);
+                                         std::vector<std::pair<char, std::string>>& drives,
+                                         CliPlatform& platform);
 
 }  // namespace regvex::cli
