@@ -92,7 +92,7 @@ export_lines() {
 # back as it ends, so this is done before the files are saved or compared.
 query_all() {
     for key in 'HKCU\Software\RvFix' 'HKLM\Software\RvFix' 'HKU\.Default\Software\RvFix'; do
-        wine reg query "$key" /s 2>/dev/null | tr -d '\r' | grep -v '^$' || true
+        wine reg query "$key" /s 2>/dev/null | tr -d '\r' | grep -av '^$' || true
     done
     wineserver -w
 }
@@ -158,15 +158,16 @@ fi
 "$cli" "${fix[@]}" "${backups[@]}" >"$work/deleted" 2>"$work/err" ||
     fail "the fix failed: $(cat "$work/err")"
 deleted=$(grep -c '^Deleted' "$work/deleted" || true)
+grep -a 'changes written' "$work/err" | sed "s|$WINEPREFIX/||; s|(the file.*||; s|^|  |" >"$work/per-file"
 [ "$deleted" -eq "$planned" ] || fail "$deleted values deleted, $planned planned"
 # Only lines taken out, none added or changed.
 for file in "${files[@]}"; do
-    if diff "$work/original/$file" "$WINEPREFIX/$file" | grep -q '^>'; then
+    if diff "$work/original/$file" "$WINEPREFIX/$file" | grep -aq '^>'; then
         fail "$file: the fix added or changed lines"
     fi
 done
 export_lines >"$work/after.lines"
-gone=$(comm -23 <(sort "$work/before.lines") <(sort "$work/after.lines") | grep -c '=' || true)
+gone=$(comm -23 <(sort "$work/before.lines") <(sort "$work/after.lines") | grep -ac '=' || true)
 added=$(comm -13 <(sort "$work/before.lines") <(sort "$work/after.lines") | wc -l)
 [ "$added" -eq 0 ] || fail "the export after the fix has $added lines that were not there"
 "$cli" backups "${backups[@]}" restore 1 --wine-prefix "$WINEPREFIX" >"$work/restored" \
@@ -185,7 +186,7 @@ rm -rf "$work/backups"
     fail "the second fix failed: $(cat "$work/err")"
 query_all >"$work/query-after"
 # REG_EXPAND_SZ data is not among what the scan checks, so that value stays.
-if grep -v 'REG_EXPAND_SZ' "$work/query-after" | grep -q 'RvGone' ||
+if grep -av 'REG_EXPAND_SZ' "$work/query-after" | grep -aq 'RvGone' ||
     ! grep -q 'notepad' "$work/query-after"; then
     fail "Wine does not see the fix:"
     cat "$work/query-after" >&2
@@ -202,5 +203,6 @@ if [ $failed -eq 0 ]; then
     echo "Wine prefix fixed from outside: $deleted findings deleted ($gone values of the" \
         "export), all restored as they were; Wine saw them gone and back; refusals and" \
         "stopped fixes left the files whole"
+    cat "$work/per-file"
 fi
 exit $failed
