@@ -40,6 +40,16 @@ std::vector<std::string_view> SplitLines(std::string_view text) {
     return lines;
 }
 
+// A name between quotes or brackets. Wine leaves out a last NUL as the terminator of
+// string data; a name's last NUL is part of it, and kept.
+void AppendEscapedName(std::string& out, std::string_view name) {
+    const std::u16string units = text::Utf8ToUtf16(name);
+    AppendEscapedText(out, units);
+    if (!units.empty() && units.back() == u'\0') {
+        out += "\\0";
+    }
+}
+
 std::string CannotChange(const ValueChange& change, std::string_view why) {
     return Concat({change.remove ? "cannot delete " : "cannot set ",
                    WineValueForMessage(change.name), " in ", WineKeyForMessage(change.key_path),
@@ -235,7 +245,7 @@ class FileEditor {
                 added.header += "\\\\";
             }
             std::string name;
-            AppendEscapedText(name, text::Utf8ToUtf16((*each)->name));
+            AppendEscapedName(name, (*each)->name);
             for (const char c : name) {
                 if (c == '[' || c == ']') {
                     added.header += '\\';
@@ -342,7 +352,7 @@ std::string WineValueText(std::string_view name, std::uint32_t type,
         out.append("@=");
     } else {
         out.push_back('"');
-        AppendEscapedText(out, text::Utf8ToUtf16(name));
+        AppendEscapedName(out, name);
         out.append("\"=");
     }
     std::string_view bytes(reinterpret_cast<const char*>(data.data()), data.size());
