@@ -160,7 +160,9 @@ ExportCount WriteExportTree(Registry& registry, RootKeyHandle root, std::string_
         std::vector<std::string> children;
         for (std::uint32_t i = 0; (status = registry.EnumKey(key.get(), i, name)) == reg::kSuccess;
              ++i) {
-            if (name.find('\0') != std::string::npos) {
+            // Neither a NUL nor an empty name can be written, and a path through an empty
+            // one would name this key again.
+            if (name.empty() || name.find('\0') != std::string::npos) {
                 ++count.keys_missed;
                 continue;
             }

@@ -115,6 +115,12 @@ void HiveRegistry::ReadSubkeys(Key& key) {
             continue;
         }
         std::string utf8(name.get(), hivex_node_name_len(h, *child));
+        // A path cannot name a key without a name: its path would be its parent's, and a
+        // walk would go round that parent without end.
+        if (utf8.empty()) {
+            Warn(key, "a subkey has no name; it is skipped");
+            continue;
+        }
         text::UpperCaseInto(utf8, upper_scratch_);
         key.by_upper_name.emplace(upper_scratch_, static_cast<std::uint32_t>(key.names.size()));
         key.subkeys.push_back(*child);

@@ -46,6 +46,7 @@ std::size_t KeyOffset(const std::filesystem::path& file, const std::vector<const
 // Offsets inside a key record: its cell's size comes first, then the "nk" record.
 constexpr std::size_t kParentField = 4 + 16;
 constexpr std::size_t kSubkeyListField = 4 + 28;
+constexpr std::size_t kNameLengthField = 4 + 72;
 constexpr std::size_t kBins = 4096;
 
 struct BadHive {
@@ -127,6 +128,14 @@ INSTANTIATE_TEST_SUITE_P(
                            static_cast<std::uint32_t>(labels - kBins));
                 },
                 nullptr, "leads back to a key above it", 1000, kAllKeys},
+        // A path cannot name it: it would name its parent again, without end.
+        BadHive{"NamelessSubkey",
+                [](Bytes& b, const std::filesystem::path& file) {
+                    const std::size_t environment = KeyOffset(file, {"Environment"});
+                    b[environment + kNameLengthField] = 0;
+                    b[environment + kNameLengthField + 1] = 0;
+                },
+                nullptr, "a subkey has no name", 1000, kAllKeys - 1},
         BadHive{"GarbageInTheCells",
                 [](Bytes& b, auto&) { std::fill_n(b.begin() + 9096, 4000, std::uint8_t{0x55}); },
                 nullptr, "the hive is damaged", 500, kAllKeys},
