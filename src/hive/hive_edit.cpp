@@ -16,6 +16,7 @@
 #include "hive/base_block.h"
 #include "hive/hive_file.h"
 #include "hive/hive_listing.h"
+#include "hive/hivex_handle.h"
 #include "system/file_replace.h"
 #include "text/upper_case.h"
 #include "text/utf8.h"
@@ -116,7 +117,7 @@ std::vector<std::uint8_t> StoredBytes(const ValueChange& change) {
 // One key's values as hivex holds them, to be written back with the changes made.
 struct RawValue {
     std::string name;
-    hive_type type{};
+    std::uint32_t type = 0;
     std::vector<char> data;
 };
 
@@ -129,10 +130,12 @@ bool ReadRawValues(hive_h* hive, hive_node_h node, std::vector<RawValue>& values
         RawValue value;
         const Malloced<char> name(hivex_value_key(hive, *each));
         std::size_t size = 0;
-        const Malloced<char> data(hivex_value_value(hive, *each, &value.type, &size));
+        hive_type type{};
+        const Malloced<char> data(hivex_value_value(hive, *each, &type, &size));
         if (!name || !data) {
             return false;
         }
+        value.type = TypeNumber(type);
         value.name = name.get();
         value.data.assign(data.get(), data.get() + size);
         values.push_back(std::move(value));
@@ -181,7 +184,7 @@ std::string WriteChanges(hive_h* hive, const std::vector<ValueChange>& changes) 
                 continue;
             }
             const std::vector<std::uint8_t> bytes = StoredBytes(*change);
-            RawValue value{change->name, static_cast<hive_type>(change->type),
+            RawValue value{change->name, change->type,
                            std::vector<char>(bytes.begin(), bytes.end())};
             if (at == names.size()) {
                 const auto to =
@@ -196,7 +199,7 @@ std::string WriteChanges(hive_h* hive, const std::vector<ValueChange>& changes) 
         std::vector<hive_set_value> set(raw.size());
         for (std::size_t i = 0; i < raw.size(); ++i) {
             set[i].key = raw[i].name.data();
-            set[i].t = raw[i].type;
+            SetTypeNumber(set[i].t, raw[i].type);
             set[i].len = raw[i].data.size();
             set[i].value = raw[i].data.data();
         }

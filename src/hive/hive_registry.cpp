@@ -276,7 +276,7 @@ bool HiveRegistry::ReadData(const Key& key, std::size_t value, std::string_view 
                       ")");
         return false;
     }
-    type = static_cast<std::uint32_t>(stored_type);
+    type = TypeNumber(stored_type);
     if (reg::IsTextType(type)) {
         TextDataToUtf8(bytes.get(), size, data);
     } else {
@@ -335,7 +335,7 @@ RegStatus HiveRegistry::EnumValue(KeyHandle key, std::uint32_t index, ValueSlot&
     }
     // Data that cannot fit is not read at all: text takes at least one ANSI byte per
     // UTF-16 unit.
-    const bool text = reg::IsTextType(static_cast<std::uint32_t>(stored_type));
+    const bool text = reg::IsTextType(TypeNumber(stored_type));
     if ((text ? size / 2 : size) > reg::kDataBufferBytes) {
         return reg::kMoreData;
     }

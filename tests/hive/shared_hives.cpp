@@ -67,6 +67,11 @@ std::size_t CountKeys(Registry& registry, const std::string& path, std::size_t l
     }
     std::size_t count = 1;
     std::string name;
+    std::uint32_t type = 0;
+    std::vector<std::uint8_t> data;
+    for (std::uint32_t i = 0; registry.ReadValue(key.get(), i, name, type, data) == reg::kSuccess;
+         ++i) {
+    }
     for (std::uint32_t i = 0;
          count < limit && registry.EnumKey(key.get(), i, name) == reg::kSuccess; ++i) {
         count += CountKeys(registry, path.empty() ? name : path + "\\" + name, limit - count);
