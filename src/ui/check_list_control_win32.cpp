@@ -52,7 +52,10 @@ void CheckListControl::HoldRedraw() {
 void CheckListControl::ResumeRedraw() {
     redraw_held_ = false;
     SendMessageW(list_, WM_SETREDRAW, TRUE, 0);
-    RedrawWindow(list_, nullptr, nullptr, RDW_ERASE | RDW_FRAME | RDW_INVALIDATE | RDW_ALLCHILDREN);
+    // Drawn now: the scan pumps its messages only now and then, and a row added before
+    // that would hold the drawing again and the list would drop the paint.
+    RedrawWindow(list_, nullptr, nullptr,
+                 RDW_ERASE | RDW_FRAME | RDW_INVALIDATE | RDW_ALLCHILDREN | RDW_UPDATENOW);
 }
 
 int CheckListControl::TextWidth(const std::wstring& text) {

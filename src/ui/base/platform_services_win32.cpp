@@ -8,6 +8,17 @@
 
 namespace regvex::ui {
 
+namespace {
+
+// How long a scan walks before the queue is looked at again: a message waiting there is
+// handled within this much walking.
+constexpr std::chrono::milliseconds kQueueLookInterval{2};
+// The longest a scan walks without a whole pump: under Wine a click reaches the queue
+// only when a pump reads the display. Well below what a user notices.
+constexpr std::chrono::milliseconds kLongestWithoutPump{10};
+
+}  // namespace
+
 float Win32Clock::SecondsSinceMidnight() {
     SYSTEMTIME now{};
     GetLocalTime(&now);
@@ -35,6 +46,15 @@ int Win32MessagePump::Run() {
 }
 
 void Win32MessagePump::DoEvents() {
+    const auto now = std::chrono::steady_clock::now();
+    if (now - looked_at_ < kQueueLookInterval) {
+        return;
+    }
+    looked_at_ = now;
+    if (now - pumped_at_ < kLongestWithoutPump && HIWORD(GetQueueStatus(QS_ALLINPUT)) == 0) {
+        return;
+    }
+    pumped_at_ = now;
     MSG message{};
     while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
         if (message.message == WM_QUIT) {

@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <chrono>
 #include <functional>
 #include <string>
 #include <vector>
@@ -25,12 +26,20 @@ class Win32MessagePump final : public MessagePump {
         : pretranslate_(std::move(pretranslate)) {}
     // Waits for and handles messages until the program's last window has gone.
     int Run();
+    // Called for every key a scan walks. Asking for a message when none waits is dear
+    // under Wine (two server round trips and the processor given up to whoever else
+    // wants it, which on a busy machine costs more than walking the key), and even the
+    // queue's status is a round trip: the queue is looked at every two milliseconds and
+    // pumped when something waits, or when ten have passed, for what only a pump fetches
+    // (under Wine the display's own input).
     void DoEvents() override;
     void EndProcess() override;
 
   private:
     void Handle(MSG& message);
     std::function<bool(MSG&)> pretranslate_;
+    std::chrono::steady_clock::time_point looked_at_{};
+    std::chrono::steady_clock::time_point pumped_at_{};
 };
 
 class Win32Shell final : public Shell {

@@ -79,7 +79,8 @@ class Clock {
 class MessagePump {
   public:
     virtual ~MessagePump() = default;
-    // Handles every message waiting for the program's windows, then returns.
+    // Lets the program's windows handle the messages waiting for them, then returns. Called
+    // at every step of a long walk, it may leave them to a call a few milliseconds on.
     virtual void DoEvents() = 0;
     // Ends the process at once.
     virtual void EndProcess() = 0;
