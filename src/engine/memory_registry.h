@@ -53,6 +53,8 @@ class MemoryRegistry final : public Registry {
     RegStatus SetValue(KeyHandle key, std::string_view name, std::uint32_t type,
                        std::span<const std::uint8_t> data) override;
     RegStatus DeleteValue(KeyHandle key, std::string_view name) override;
+    // A backslash and the root's name, then the key's path with each name as stored.
+    bool StoredKeyName(KeyHandle key, std::string& name) override;
 
     // Removes a key with everything below it; handles open on them answer kKeyDeleted.
     RegStatus DeleteKeyTree(RootKeyHandle root, std::string_view path);

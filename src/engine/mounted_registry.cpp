@@ -388,3 +388,22 @@ RegStatus MountedRegistry::DeleteValue(KeyHandle key, std::string_view name) {
 }
 
 }  // namespace regvex
+
+namespace regvex {
+
+bool MountedRegistry::StoredKeyName(KeyHandle key, std::string& name) {
+    // A key no backend provides (one on the way to a mount) is no stored key. Otherwise it
+    // is the key that answers for the values, told apart by which backend holds it.
+    const Impl::Layer* layer = impl_->ValueLayer(key);
+    if (layer == nullptr || !layer->backend->StoredKeyName(layer->key, name)) {
+        return false;
+    }
+    std::size_t backend = 0;
+    while (impl_->entries[backend].backend != layer->backend) {
+        ++backend;
+    }
+    name.insert(0, std::to_string(backend) + ":");
+    return true;
+}
+
+}  // namespace regvex

@@ -1,0 +1,98 @@
+#pragma once
+// What a search remembers of the stored keys it has walked, so that a key reached again
+// through another root, a link or a merged view answers its value matches without its
+// values being read again.
+//
+// A region is the part of a walk below a key whose stored name does not follow from its
+// parent's (a root, a link's target, the other side of a merged view). Once the walk has
+// left a region's root, every stored key below that root has had its values read, except
+// where a hole says otherwise: a key whose values were not all read (an enumeration that
+// failed, a root whose values the walk skips) or a part whose keys were not all reached
+// (a key that could not be opened or named, a listing that failed, a subkey that is
+// stored elsewhere than its name says, so that the key stored under that name was not
+// walked). Only matches are kept, by the stored name of their key: what is held is
+// bounded by the findings plus one entry per region and per hole.
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace regvex {
+
+class StoredKeyRecord {
+  public:
+    struct Match {
+        std::int32_t kind = 0;
+        std::string value_name;
+        std::string text;
+    };
+
+    // Where one open key stands. Filled by Identify for each key the walk reads values of.
+    struct KeyState {
+        bool known = false;  // the backend named the stored key
+        std::string stored;
+        bool region_root = false;
+        // A completed region's root at or above the key, and a hole over all below it at or
+        // above the key.
+        bool completed_above = false;
+        bool hole_above = false;
+        bool covered = false;  // its value matches may be answered from the record
+
+        void Forget() {
+            known = false;
+            region_root = false;
+            completed_above = false;
+            hole_above = false;
+            covered = false;
+        }
+    };
+
+    void Clear();
+
+    // Places `self` (already named when self.known) below `parent` (a KeyState, or null
+    // for a key the walk starts at), where the walk reached it as subkey `name`.
+    void Identify(const KeyState* parent, std::string_view name, KeyState& self) const;
+
+    // A key that the walk reached as `name` below `parent` but could not name, or found
+    // stored elsewhere: the key stored under that name was not walked there.
+    void NoteUnwalkedChild(const KeyState& parent, std::string_view name);
+    // Not every value of this key was read.
+    void NoteValuesUnread(const std::string& stored) { holes_.emplace(stored, false); }
+    // Not every key below this one was reached.
+    void NoteKeysUnreached(const std::string& stored) { holes_[stored] = true; }
+    void CompleteRegion(const std::string& root) { completed_.insert(root); }
+
+    // The matches read for a stored key, replacing what an earlier reading left.
+    void SetMatches(const std::string& stored, std::vector<Match>& matches);
+    // The matches of a covered key; none when none were found.
+    const std::vector<Match>& MatchesOf(const std::string& stored) const;
+
+    std::size_t EntryCount() const { return matches_.size() + completed_.size() + holes_.size(); }
+
+  private:
+    // Lets the sets be asked with a string_view, allocating nothing.
+    struct NameHash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view name) const {
+            return std::hash<std::string_view>{}(name);
+        }
+    };
+    template <class Mapped>
+    using NameMap = std::unordered_map<std::string, Mapped, NameHash, std::equal_to<>>;
+
+    bool HoleBelow(std::string_view stored) const;
+    bool HoleAt(std::string_view stored) const;
+
+    NameMap<std::vector<Match>> matches_;
+    std::unordered_set<std::string, NameHash, std::equal_to<>> completed_;
+    // Stored name -> whether everything below it is in doubt too (else only its values).
+    NameMap<bool> holes_;
+    std::string scratch_;
+};
+
+}  // namespace regvex
