@@ -49,6 +49,7 @@ void cRegSearch::DoSearch() {
     }
     host_.SetProgressValue(0);
     running_ = false;
+    recorded_entries_ = record_.EntryCount();
     record_.Clear();
     events_.SearchFinished(static_cast<FinishReason>(stop_code_));
     stop_code_ = 0;

@@ -101,8 +101,8 @@ class cRegSearch {
     // The walk ends the process at its next yield, without finishing.
     void CloseProgram() { close_request_ = true; }
 
-    // What the last search kept to answer keys reached again (for measuring its size).
-    const StoredKeyRecord& Record() const { return record_; }
+    // How many entries the last search held at its end to answer keys reached again.
+    std::size_t RecordedEntries() const { return recorded_entries_; }
 
   private:
     // Both walk the key whose path below `root` is path_ on entry; levels_[level] is where
@@ -167,6 +167,7 @@ class cRegSearch {
     std::deque<StoredKeyRecord::KeyState> levels_;
     std::vector<StoredKeyRecord::Match> key_matches_;
     bool recording_ = false;
+    std::size_t recorded_entries_ = 0;
 };
 
 }  // namespace regvex

@@ -19,7 +19,6 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 namespace regvex {
@@ -41,6 +40,9 @@ class StoredKeyRecord {
         // above the key.
         bool completed_above = false;
         bool hole_above = false;
+        // Something is marked at or below the key (a region's root or a hole); where
+        // nothing is, the keys below need not be looked up.
+        bool marks_below = false;
         bool covered = false;  // its value matches may be answered from the record
 
         void Forget() {
@@ -48,6 +50,7 @@ class StoredKeyRecord {
             region_root = false;
             completed_above = false;
             hole_above = false;
+            marks_below = false;
             covered = false;
         }
     };
@@ -62,17 +65,18 @@ class StoredKeyRecord {
     // stored elsewhere: the key stored under that name was not walked there.
     void NoteUnwalkedChild(const KeyState& parent, std::string_view name);
     // Not every value of this key was read.
-    void NoteValuesUnread(const std::string& stored) { holes_.emplace(stored, false); }
+    void NoteValuesUnread(const std::string& stored) { Mark(stored).values_unread = true; }
     // Not every key below this one was reached.
-    void NoteKeysUnreached(const std::string& stored) { holes_[stored] = true; }
-    void CompleteRegion(const std::string& root) { completed_.insert(root); }
+    void NoteKeysUnreached(const std::string& stored) { Mark(stored).keys_unreached = true; }
+    void CompleteRegion(const std::string& root) { Mark(root).completed = true; }
 
     // The matches read for a stored key, replacing what an earlier reading left.
     void SetMatches(const std::string& stored, std::vector<Match>& matches);
     // The matches of a covered key; none when none were found.
     const std::vector<Match>& MatchesOf(const std::string& stored) const;
 
-    std::size_t EntryCount() const { return matches_.size() + completed_.size() + holes_.size(); }
+    // Keys with matches, and names marked (with the names above each mark).
+    std::size_t EntryCount() const { return matches_.size() + marks_.size(); }
 
   private:
     // Lets the sets be asked with a string_view, allocating nothing.
@@ -85,13 +89,17 @@ class StoredKeyRecord {
     template <class Mapped>
     using NameMap = std::unordered_map<std::string, Mapped, NameHash, std::equal_to<>>;
 
-    bool HoleBelow(std::string_view stored) const;
-    bool HoleAt(std::string_view stored) const;
+    struct Marks {
+        bool completed = false;       // a region rooted here was walked to its end
+        bool values_unread = false;   // a hole: this key's values
+        bool keys_unreached = false;  // a hole: this key and all below it
+        bool below = false;           // this or a key below it is marked
+    };
+    // The marks of a name, marking each name above it as having marks below.
+    Marks& Mark(const std::string& stored);
 
     NameMap<std::vector<Match>> matches_;
-    std::unordered_set<std::string, NameHash, std::equal_to<>> completed_;
-    // Stored name -> whether everything below it is in doubt too (else only its values).
-    NameMap<bool> holes_;
+    NameMap<Marks> marks_;
     std::string scratch_;
 };
 
