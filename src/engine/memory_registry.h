@@ -118,6 +118,14 @@ class MemoryRegistry final : public Registry {
     // the last path resolved, and how many characters of `path` that part covers.
     Node* StartFromLast(RootKeyHandle root, std::string_view path, std::size_t& covered) const;
 
+    // The keys named last, from the root down, with the length of each one's name.
+    struct NamedKey {
+        const Node* node;
+        std::size_t length;
+    };
+    std::vector<NamedKey> named_path_;
+    std::string named_;
+
     const text::AnsiCodePage& ansi_;
     std::vector<std::unique_ptr<Node>> roots_;
     LastResolved last_;

@@ -211,11 +211,9 @@ void cRegSearch::ReadValues(RootKeyHandle root, KeyHandle key, StoredKeyRecord::
     const bool recording = self.known && Recording();
     const auto note = [&](FoundKind kind, std::string_view value_name, std::string_view text) {
         if (recording) {
-            key_matches_.push_back(StoredKeyRecord::Match{
-                static_cast<std::int32_t>(kind), std::string(value_name), std::string(text)});
+            record_.AddMatch(self.stored, static_cast<std::int32_t>(kind), value_name, text);
         }
     };
-    key_matches_.clear();
     RegStatus status = reg::kSuccess;
     try {
         for (std::uint32_t index = 0;; ++index) {
@@ -248,13 +246,10 @@ void cRegSearch::ReadValues(RootKeyHandle root, KeyHandle key, StoredKeyRecord::
     } catch (const std::exception& error) {
         recording_ = false;
         stop_code_ = ErrorNumberOf(error);
-        return;
     }
-    if (recording && Recording()) {
-        if (status != reg::kNoMoreItems) {
-            record_.NoteValuesUnread(self.stored);
-        }
-        record_.SetMatches(self.stored, key_matches_);
+    record_.EndKey();
+    if (recording && Recording() && status != reg::kNoMoreItems) {
+        record_.NoteValuesUnread(self.stored);
     }
 }
 

@@ -165,7 +165,6 @@ class cRegSearch {
     // Each stored key's values are read once per search; see StoredKeyRecord.
     StoredKeyRecord record_;
     std::deque<StoredKeyRecord::KeyState> levels_;
-    std::vector<StoredKeyRecord::Match> key_matches_;
     bool recording_ = false;
     std::size_t recorded_entries_ = 0;
 };

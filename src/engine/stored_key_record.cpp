@@ -1,10 +1,12 @@
 #include "engine/stored_key_record.h"
 
+#include <algorithm>
+
 namespace regvex {
 
 namespace {
 
-const std::vector<StoredKeyRecord::Match> kNoMatches;
+constexpr std::size_t kBlockBytes = 64 * 1024;
 
 bool IsChildName(std::string_view parent, std::string_view name, std::string_view stored) {
     return stored.size() == parent.size() + 1 + name.size() && stored.starts_with(parent) &&
@@ -15,7 +17,27 @@ bool IsChildName(std::string_view parent, std::string_view name, std::string_vie
 
 void StoredKeyRecord::Clear() {
     matches_.clear();
+    keys_.clear();
+    key_open_ = false;
+    index_.clear();
+    indexed_ = 0;
+    blocks_.clear();
+    block_left_ = 0;
     marks_.clear();
+}
+
+std::string_view StoredKeyRecord::Keep(std::string_view text) {
+    if (text.size() > block_left_) {
+        const std::size_t size = std::max(kBlockBytes, text.size());
+        blocks_.push_back(std::make_unique<char[]>(size));
+        block_next_ = blocks_.back().get();
+        block_left_ = size;
+    }
+    std::copy(text.begin(), text.end(), block_next_);
+    const std::string_view kept(block_next_, text.size());
+    block_next_ += text.size();
+    block_left_ -= text.size();
+    return kept;
 }
 
 StoredKeyRecord::Marks& StoredKeyRecord::Mark(const std::string& stored) {
@@ -88,21 +110,25 @@ void StoredKeyRecord::NoteUnwalkedChild(const KeyState& parent, std::string_view
     NoteKeysUnreached(scratch_);
 }
 
-void StoredKeyRecord::SetMatches(const std::string& stored, std::vector<Match>& matches) {
-    if (matches.empty()) {
-        if (!matches_.empty()) {
-            matches_.erase(stored);
-        }
-        return;
+void StoredKeyRecord::AddMatch(std::string_view stored, std::int32_t kind,
+                               std::string_view value_name, std::string_view text) {
+    if (!key_open_) {
+        key_open_ = true;
+        keys_.push_back(KeyMatches{Keep(stored), static_cast<std::uint32_t>(matches_.size()), 0});
     }
-    matches_[stored] = std::move(matches);
-    matches.clear();
+    matches_.push_back(Match{kind, Keep(value_name), Keep(text)});
+    ++keys_.back().count;
 }
 
-const std::vector<StoredKeyRecord::Match>& StoredKeyRecord::MatchesOf(
-    const std::string& stored) const {
-    const auto found = matches_.find(stored);
-    return found == matches_.end() ? kNoMatches : found->second;
+std::span<const StoredKeyRecord::Match> StoredKeyRecord::MatchesOf(const std::string& stored) {
+    for (; indexed_ < keys_.size(); ++indexed_) {
+        index_[keys_[indexed_].stored] = keys_[indexed_];
+    }
+    const auto found = index_.find(stored);
+    if (found == index_.end()) {
+        return {};
+    }
+    return std::span<const Match>(matches_).subspan(found->second.first, found->second.count);
 }
 
 }  // namespace regvex

@@ -16,6 +16,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -25,10 +27,11 @@ namespace regvex {
 
 class StoredKeyRecord {
   public:
+    // One match as the owner is told it again. The texts live as long as the record.
     struct Match {
         std::int32_t kind = 0;
-        std::string value_name;
-        std::string text;
+        std::string_view value_name;
+        std::string_view text;
     };
 
     // Where one open key stands. Filled by Identify for each key the walk reads values of.
@@ -70,13 +73,18 @@ class StoredKeyRecord {
     void NoteKeysUnreached(const std::string& stored) { Mark(stored).keys_unreached = true; }
     void CompleteRegion(const std::string& root) { Mark(root).completed = true; }
 
-    // The matches read for a stored key, replacing what an earlier reading left.
-    void SetMatches(const std::string& stored, std::vector<Match>& matches);
+    // Adds a match read from a stored key's values; the matches of one reading of a key
+    // come together, ended by EndKey. Where a key was read more than once (never after
+    // its region was complete), the last reading that found anything answers.
+    void AddMatch(std::string_view stored, std::int32_t kind, std::string_view value_name,
+                  std::string_view text);
     // The matches of a covered key; none when none were found.
-    const std::vector<Match>& MatchesOf(const std::string& stored) const;
+    std::span<const Match> MatchesOf(const std::string& stored);
 
     // Keys with matches, and names marked (with the names above each mark).
-    std::size_t EntryCount() const { return matches_.size() + marks_.size(); }
+    std::size_t EntryCount() const { return keys_.size() + marks_.size(); }
+    // The reading of one key's values is over: the next match is another key's.
+    void EndKey() { key_open_ = false; }
 
   private:
     // Lets the sets be asked with a string_view, allocating nothing.
@@ -98,7 +106,25 @@ class StoredKeyRecord {
     // The marks of a name, marking each name above it as having marks below.
     Marks& Mark(const std::string& stored);
 
-    NameMap<std::vector<Match>> matches_;
+    // Text that never moves once stored: matches keep views into it.
+    std::string_view Keep(std::string_view text);
+
+    // Matches in the order read, and the keys they were read from: an index of the keys is
+    // made only when a key is first answered, so a walk that reaches no key twice pays for
+    // nothing but keeping the texts.
+    struct KeyMatches {
+        std::string_view stored;
+        std::uint32_t first = 0;
+        std::uint32_t count = 0;
+    };
+    std::vector<Match> matches_;
+    std::vector<KeyMatches> keys_;
+    bool key_open_ = false;
+    std::unordered_map<std::string_view, KeyMatches> index_;
+    std::size_t indexed_ = 0;
+    std::vector<std::unique_ptr<char[]>> blocks_;
+    char* block_next_ = nullptr;
+    std::size_t block_left_ = 0;
     NameMap<Marks> marks_;
     std::string scratch_;
 };
