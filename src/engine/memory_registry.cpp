@@ -388,7 +388,6 @@ RegStatus MemoryRegistry::DeleteValue(KeyHandle key, std::string_view name) {
 }
 
 void MemoryRegistry::ForgetHandlesBelow(const Node* node) {
-    named_path_.clear();  // its nodes may be among those going
     for (HandleSlot& slot : handles_) {
         for (const Node* n = slot.node; n != nullptr; n = n->parent) {
             if (n == node) {

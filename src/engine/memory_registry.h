@@ -53,8 +53,6 @@ class MemoryRegistry final : public Registry {
     RegStatus SetValue(KeyHandle key, std::string_view name, std::uint32_t type,
                        std::span<const std::uint8_t> data) override;
     RegStatus DeleteValue(KeyHandle key, std::string_view name) override;
-    // A backslash and the root's name, then the key's path with each name as stored.
-    bool StoredKeyName(KeyHandle key, std::string& name) override;
 
     // Removes a key with everything below it; handles open on them answer kKeyDeleted.
     RegStatus DeleteKeyTree(RootKeyHandle root, std::string_view path);
@@ -117,14 +115,6 @@ class MemoryRegistry final : public Registry {
     // Where resolving `path` can start: the node of its longest leading part shared with
     // the last path resolved, and how many characters of `path` that part covers.
     Node* StartFromLast(RootKeyHandle root, std::string_view path, std::size_t& covered) const;
-
-    // The keys named last, from the root down, with the length of each one's name.
-    struct NamedKey {
-        const Node* node;
-        std::size_t length;
-    };
-    std::vector<NamedKey> named_path_;
-    std::string named_;
 
     const text::AnsiCodePage& ansi_;
     std::vector<std::unique_ptr<Node>> roots_;

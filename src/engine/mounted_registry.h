@@ -60,8 +60,9 @@ class MountedRegistry final : public Registry {
     RegStatus SetValue(KeyHandle key, std::string_view name, std::uint32_t type,
                        std::span<const std::uint8_t> data) override;
     RegStatus DeleteValue(KeyHandle key, std::string_view name) override;
-    // The name its backend gives the key that answers for the values, marked with that
-    // backend; false for a key that only lies on the way to a mount.
+    // The key that answers for the values: the name its backend gives it, or else its
+    // path in that backend, marked with the backend; false for a key that only lies on
+    // the way to a mount.
     bool StoredKeyName(KeyHandle key, std::string& name) override;
 
   private:

@@ -57,9 +57,9 @@ void cRegSearch::DoSearch() {
 
 StoredKeyRecord::KeyState& cRegSearch::Level(std::size_t level) {
     while (levels_.size() <= level) {
-        levels_.emplace_back();
+        levels_.push_back(std::make_unique<StoredKeyRecord::KeyState>());
     }
-    return levels_[level];
+    return *levels_[level];
 }
 
 void cRegSearch::SearchAllRoots() {
@@ -173,7 +173,7 @@ void cRegSearch::SearchValues(RootKeyHandle root, std::size_t level, std::string
         return;
     }
     StoredKeyRecord::KeyState& self = Level(level);
-    const StoredKeyRecord::KeyState* parent = level == 0 ? nullptr : &levels_[level - 1];
+    const StoredKeyRecord::KeyState* parent = level == 0 ? nullptr : levels_[level - 1].get();
     ScopedKey key;
     if (ScopedKey::Open(registry_, root, path_, key_access_mask_, key) != reg::kSuccess) {
         if (parent != nullptr && Recording()) {

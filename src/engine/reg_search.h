@@ -6,7 +6,7 @@
 
 #include <cstdint>
 #include <cstdlib>
-#include <deque>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -164,7 +164,8 @@ class cRegSearch {
 
     // Each stored key's values are read once per search; see StoredKeyRecord.
     StoredKeyRecord record_;
-    std::deque<StoredKeyRecord::KeyState> levels_;
+    // One per level of the walk, each kept where it is while deeper ones are added.
+    std::vector<std::unique_ptr<StoredKeyRecord::KeyState>> levels_;
     bool recording_ = false;
     std::size_t recorded_entries_ = 0;
 };
