@@ -5,7 +5,10 @@
 # same registry server, so it is the floor a scan can be held to. See README.md.
 #
 # usage: bench/wine_scan_vs_export.sh [--bench FILE] [--cli FILE.exe] [--keys N]
-#                                     [--values N] [--seed N]
+#                                     [--values N] [--seed N] [--baseline FILE.exe]
+#
+# --baseline times a second command line (another build, say the one before a change)
+# in the same run, on the same server, after the first.
 set -euo pipefail
 
 repo=$(cd "$(dirname "$0")/.." && pwd)
@@ -15,6 +18,7 @@ keys=20000
 values=100000
 seed=1
 runs=3
+baseline=
 
 while [ $# -gt 0 ]; do
     case "$1" in
@@ -23,7 +27,9 @@ while [ $# -gt 0 ]; do
         --keys) keys=$2 ;;
         --values) values=$2 ;;
         --seed) seed=$2 ;;
-        *) echo "usage: $0 [--bench FILE] [--cli FILE.exe] [--keys N] [--values N] [--seed N]" >&2
+        --baseline) baseline=$2 ;;
+        *) echo "usage: $0 [--bench FILE] [--cli FILE.exe] [--keys N] [--values N] [--seed N]" \
+                "[--baseline FILE.exe]" >&2
            exit 2 ;;
     esac
     shift 2
@@ -68,10 +74,19 @@ if [ ! -f "$cli" ]; then
     exit 3
 fi
 scan_once() {
-    wine "$cli" scan --drive C: >/dev/null 2>"$work/scan.err" ||
+    wine "$scan_cli" scan --drive C: >/dev/null 2>"$work/scan.err" ||
         { cat "$work/scan.err" >>"$log"; return 1; }
 }
+scan_cli=$cli
 scan_seconds=$(best_of scan_once)
 found=$(tr '\r' '\n' <"$work/scan.err" | grep -E 'errors? found' | tail -1 || true)
 echo "scan        $scan_seconds s (best of $runs)${found:+, $found}"
+if [ -n "$baseline" ]; then
+    scan_cli=$baseline
+    baseline_seconds=$(best_of scan_once)
+    found=$(tr '\r' '\n' <"$work/scan.err" | grep -E 'errors? found' | tail -1 || true)
+    echo "baseline    $baseline_seconds s (best of $runs)${found:+, $found}"
+    awk -v s="$baseline_seconds" -v e="$export_seconds" \
+        'BEGIN { printf "baseline ratio %.2f\n", (e > 0 ? s / e : 0) }'
+fi
 awk -v s="$scan_seconds" -v e="$export_seconds" 'BEGIN { printf "ratio %.2f\n", (e > 0 ? s / e : 0) }'

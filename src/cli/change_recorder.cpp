@@ -66,6 +66,9 @@ class NotingHive final : public Registry {
         noted_.Note({path->second, std::string(name), true, 0, {}, std::nullopt});
         return reg::kSuccess;
     }
+    bool StoredKeyName(KeyHandle key, std::string& name) override {
+        return hive_->StoredKeyName(key, name);
+    }
 
   private:
     std::unique_ptr<Registry> hive_;
@@ -117,6 +120,9 @@ class NotingWine final : public Registry {
     }
     RegStatus DeleteValue(KeyHandle key, std::string_view name) override {
         return Note(key, {{}, std::string(name), true, 0, {}, std::nullopt});
+    }
+    bool StoredKeyName(KeyHandle key, std::string& name) override {
+        return wine_->StoredKeyName(key, name);
     }
 
   private:

@@ -29,6 +29,9 @@ class UnexaminedCount final : public Registry {
     RegStatus SetValue(KeyHandle key, std::string_view name, std::uint32_t type,
                        std::span<const std::uint8_t> data) override;
     RegStatus DeleteValue(KeyHandle key, std::string_view name) override;
+    bool StoredKeyName(KeyHandle key, std::string& name) override {
+        return inner_.StoredKeyName(key, name);
+    }
 
     // Values at and after an oversized one, in the keys enumerated so far.
     std::uint64_t values() const { return values_; }

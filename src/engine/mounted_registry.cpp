@@ -70,6 +70,9 @@ struct MountedRegistry::Impl {
     struct Layer {
         Registry* backend;
         KeyHandle key;
+        // Where in the backend: the key's name when the backend cannot name it.
+        RootKeyHandle root = kHkeyAll;
+        std::string path;
     };
     struct OpenState {
         std::vector<Layer> layers;
@@ -172,7 +175,8 @@ struct MountedRegistry::Impl {
                                  ? entry->backend->CreateKey(entry->first.root, inner, access, key)
                                  : entry->backend->OpenKey(entry->first.root, inner, access, key);
                     if (status == reg::kSuccess) {
-                        state.layers.push_back(Layer{entry->backend, key});
+                        state.layers.push_back(
+                            Layer{entry->backend, key, entry->first.root, inner});
                     }
                     break;
                 }
@@ -385,6 +389,35 @@ RegStatus MountedRegistry::DeleteValue(KeyHandle key, std::string_view name) {
     }
     const Impl::Layer* layer = impl_->ValueLayer(key);
     return layer == nullptr ? reg::kAccessDenied : layer->backend->DeleteValue(layer->key, name);
+}
+
+}  // namespace regvex
+
+namespace regvex {
+
+bool MountedRegistry::StoredKeyName(KeyHandle key, std::string& name) {
+    // A key no backend provides (one on the way to a mount) is no stored key. Otherwise it
+    // is the key that answers for the values, told apart by which backend holds it and
+    // named by the backend, or else by its path there: a backend without links reaches
+    // each of its keys by one path only.
+    const Impl::Layer* layer = impl_->ValueLayer(key);
+    if (layer == nullptr) {
+        return false;
+    }
+    std::size_t backend = 0;
+    while (impl_->entries[backend].backend != layer->backend) {
+        ++backend;
+    }
+    if (layer->backend->StoredKeyName(layer->key, name)) {
+        name.insert(0, std::to_string(backend) + ":");
+        return true;
+    }
+    name = std::to_string(backend) + "|" + RootKeyName(layer->root);
+    if (!layer->path.empty()) {
+        name += '\\';
+        name += layer->path;
+    }
+    return true;
 }
 
 }  // namespace regvex

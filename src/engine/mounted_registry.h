@@ -60,6 +60,10 @@ class MountedRegistry final : public Registry {
     RegStatus SetValue(KeyHandle key, std::string_view name, std::uint32_t type,
                        std::span<const std::uint8_t> data) override;
     RegStatus DeleteValue(KeyHandle key, std::string_view name) override;
+    // The key that answers for the values: the name its backend gives it, or else its
+    // path in that backend, marked with the backend; false for a key that only lies on
+    // the way to a mount.
+    bool StoredKeyName(KeyHandle key, std::string& name) override;
 
   private:
     struct Impl;

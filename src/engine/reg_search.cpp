@@ -33,21 +33,33 @@ void cRegSearch::StopSearch() {
 void cRegSearch::DoSearch() {
     running_ = true;
     PrepareMatching();
+    record_.Clear();
+    recording_ = SearchesValues();
+    Level(0).Forget();
     host_.SetProgressMax(kProgressMax);
     if (root_key_ != kHkeyAll) {
         path_ = sub_key_;
-        if ((search_flags_ & (search_flags::kValueNames | search_flags::kValueData)) != 0) {
-            SearchValues(root_key_);
+        if (SearchesValues()) {
+            SearchValues(root_key_, 0, {});
         }
         path_ = sub_key_;
-        SearchKeys(root_key_);
+        SearchKeys(root_key_, 0);
     } else {
         SearchAllRoots();
     }
     host_.SetProgressValue(0);
     running_ = false;
+    recorded_entries_ = record_.EntryCount();
+    record_.Clear();
     events_.SearchFinished(static_cast<FinishReason>(stop_code_));
     stop_code_ = 0;
+}
+
+StoredKeyRecord::KeyState& cRegSearch::Level(std::size_t level) {
+    while (levels_.size() <= level) {
+        levels_.push_back(std::make_unique<StoredKeyRecord::KeyState>());
+    }
+    return *levels_[level];
 }
 
 void cRegSearch::SearchAllRoots() {
@@ -64,22 +76,36 @@ void cRegSearch::SearchAllRoots() {
             return;
         }
         path_ = sub_key_;
-        SearchKeys(root);
+        Level(0).Forget();
+        SearchKeys(root, 0);
     }
     const int value = host_.ProgressValue();
     host_.SetProgressValue(value >= 7 ? value + 1 : kProgressMax);
 }
 
-void cRegSearch::SearchKeys(RootKeyHandle root) {
+void cRegSearch::SearchKeys(RootKeyHandle root, std::size_t level) {
     if (stop_code_ != 0) {
         return;
     }
     ScopedKey key;
+    StoredKeyRecord::KeyState& self = Level(level);
     if (ScopedKey::Open(registry_, root, path_, key_access_mask_, key) != reg::kSuccess) {
+        if (self.known && Recording()) {
+            record_.NoteKeysUnreached(self.stored);
+        }
         return;
+    }
+    if (level == 0 && root_key_ == kHkeyAll && Recording()) {
+        // A root whose values this walk skips: the key is placed here, its values not read.
+        self.known = registry_.StoredKeyName(key.get(), self.stored);
+        record_.Identify(nullptr, {}, self);
+        if (self.known) {
+            record_.NoteValuesUnread(self.stored);
+        }
     }
     const std::size_t own_length = path_.size();
     const std::string& root_name = RootKeyName(root);
+    RegStatus listed = reg::kSuccess;
     try {
         // The key stays open while its subkeys are walked: one handle per level.
         for (std::uint32_t index = 0;;) {
@@ -87,7 +113,8 @@ void cRegSearch::SearchKeys(RootKeyHandle root) {
             if (close_request_) {
                 host_.EndProcess();
             }
-            if (registry_.EnumKey(key.get(), index, key_name_) != reg::kSuccess) {
+            listed = registry_.EnumKey(key.get(), index, key_name_);
+            if (listed != reg::kSuccess) {
                 break;
             }
             ++index;
@@ -114,12 +141,14 @@ void cRegSearch::SearchKeys(RootKeyHandle root) {
             if (name.empty()) {
                 continue;
             }
-            if ((search_flags_ & (search_flags::kValueNames | search_flags::kValueData)) != 0) {
-                SearchValues(root);
+            Level(level + 1).Forget();
+            if (SearchesValues()) {
+                SearchValues(root, level + 1, name);
             }
-            SearchKeys(root);
+            SearchKeys(root, level + 1);
         }
     } catch (const std::exception& error) {
+        recording_ = false;
         const int number = ErrorNumberOf(error);
         if (number == kErrorObjectDoesNotSupport) {
             // This failure leaves the walk running and the key open, as it always has.
@@ -129,16 +158,63 @@ void cRegSearch::SearchKeys(RootKeyHandle root) {
         }
         stop_code_ = number;
     }
+    if (self.known && Recording()) {
+        if (listed != reg::kNoMoreItems) {
+            record_.NoteKeysUnreached(self.stored);
+        }
+        if (self.region_root) {
+            record_.CompleteRegion(self.stored);
+        }
+    }
 }
 
-void cRegSearch::SearchValues(RootKeyHandle root) {
+void cRegSearch::SearchValues(RootKeyHandle root, std::size_t level, std::string_view name) {
     if (stop_code_ != 0) {
         return;
     }
+    StoredKeyRecord::KeyState& self = Level(level);
+    const StoredKeyRecord::KeyState* parent = level == 0 ? nullptr : levels_[level - 1].get();
     ScopedKey key;
     if (ScopedKey::Open(registry_, root, path_, key_access_mask_, key) != reg::kSuccess) {
+        if (parent != nullptr && Recording()) {
+            record_.NoteUnwalkedChild(*parent, name);
+        }
         return;
     }
+    if (Recording()) {
+        self.known = registry_.StoredKeyName(key.get(), self.stored);
+        record_.Identify(parent, name, self);
+        if (parent != nullptr && !(self.known && !self.region_root)) {
+            record_.NoteUnwalkedChild(*parent, name);
+        }
+    }
+    if (self.covered) {
+        AnswerValues(root, self);
+    } else {
+        ReadValues(root, key.get(), self);
+    }
+}
+
+void cRegSearch::AnswerValues(RootKeyHandle root, const StoredKeyRecord::KeyState& self) {
+    try {
+        for (const StoredKeyRecord::Match& match : record_.MatchesOf(self.stored)) {
+            events_.SearchFound(RootKeyName(root), FoundKey(match.value_name), match.text,
+                                static_cast<FoundKind>(match.kind));
+        }
+    } catch (const std::exception& error) {
+        recording_ = false;
+        stop_code_ = ErrorNumberOf(error);
+    }
+}
+
+void cRegSearch::ReadValues(RootKeyHandle root, KeyHandle key, StoredKeyRecord::KeyState& self) {
+    const bool recording = self.known && Recording();
+    const auto note = [&](FoundKind kind, std::string_view value_name, std::string_view text) {
+        if (recording) {
+            record_.AddMatch(self.stored, static_cast<std::int32_t>(kind), value_name, text);
+        }
+    };
+    RegStatus status = reg::kSuccess;
     try {
         for (std::uint32_t index = 0;; ++index) {
             // A value without data is read as one byte of a freshly cleared buffer, so it
@@ -146,7 +222,8 @@ void cRegSearch::SearchValues(RootKeyHandle root) {
             // the call, so it is the only one cleared.
             value_slot_.data[0] = 0;
             // Any failure ends this key's values, also data too large for the buffer.
-            if (registry_.EnumValue(key.get(), index, value_slot_) != reg::kSuccess) {
+            status = registry_.EnumValue(key, index, value_slot_);
+            if (status != reg::kSuccess) {
                 break;
             }
             const std::size_t size = std::max<std::size_t>(value_slot_.size, 1);
@@ -154,18 +231,25 @@ void cRegSearch::SearchValues(RootKeyHandle root) {
             const std::string_view raw_name = value_slot_.name;
             if ((search_flags_ & search_flags::kValueNames) != 0 && IsMatchUpToNull(raw_name)) {
                 ValueDataToText(value_slot_.type, data, found_value_);
+                note(FoundKind::kValueName, TrimNull(raw_name), found_value_);
                 events_.SearchFound(RootKeyName(root), FoundKey(TrimNull(raw_name)), found_value_,
                                     FoundKind::kValueName);
             }
             std::string_view text;
             if ((search_flags_ & search_flags::kValueData) != 0 &&
                 DataTextForMatch(value_slot_.type, data, text) && IsMatch(text)) {
+                note(FoundKind::kValueData, TrimNull(raw_name), text);
                 events_.SearchFound(RootKeyName(root), FoundKey(TrimNull(raw_name)), text,
                                     FoundKind::kValueData);
             }
         }
     } catch (const std::exception& error) {
+        recording_ = false;
         stop_code_ = ErrorNumberOf(error);
+    }
+    record_.EndKey();
+    if (recording && Recording() && status != reg::kNoMoreItems) {
+        record_.NoteValuesUnread(self.stored);
     }
 }
 

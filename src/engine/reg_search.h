@@ -6,11 +6,14 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "engine/registry.h"
+#include "engine/stored_key_record.h"
 #include "text/upper_case.h"
 
 namespace regvex {
@@ -98,10 +101,24 @@ class cRegSearch {
     // The walk ends the process at its next yield, without finishing.
     void CloseProgram() { close_request_ = true; }
 
+    // How many entries the last search held at its end to answer keys reached again.
+    std::size_t RecordedEntries() const { return recorded_entries_; }
+
   private:
-    // Both walk the key whose path below `root` is path_ on entry.
-    void SearchKeys(RootKeyHandle root);
-    void SearchValues(RootKeyHandle root);
+    // Both walk the key whose path below `root` is path_ on entry; levels_[level] is where
+    // that key stands, levels_[level - 1] its parent's (none at level 0). SearchValues
+    // places the key, reached as subkey `name`; SearchKeys walks below it.
+    void SearchKeys(RootKeyHandle root, std::size_t level);
+    void SearchValues(RootKeyHandle root, std::size_t level, std::string_view name);
+    void ReadValues(RootKeyHandle root, KeyHandle key, StoredKeyRecord::KeyState& self);
+    void AnswerValues(RootKeyHandle root, const StoredKeyRecord::KeyState& self);
+    bool SearchesValues() const {
+        return (search_flags_ & (search_flags::kValueNames | search_flags::kValueData)) != 0;
+    }
+    // Whether keys reached again may be answered from the record: nothing unusual has
+    // happened in this search.
+    bool Recording() const { return recording_ && stop_code_ == 0; }
+    StoredKeyRecord::KeyState& Level(std::size_t level);
     static std::string_view TrimNull(std::string_view text);
     bool IsMatch(std::string_view text);
     // IsMatch of the text up to its first NUL.
@@ -144,6 +161,13 @@ class cRegSearch {
     std::string match_scratch_;
     std::string found_key_;
     std::string found_value_;
+
+    // Each stored key's values are read once per search; see StoredKeyRecord.
+    StoredKeyRecord record_;
+    // One per level of the walk, each kept where it is while deeper ones are added.
+    std::vector<std::unique_ptr<StoredKeyRecord::KeyState>> levels_;
+    bool recording_ = false;
+    std::size_t recorded_entries_ = 0;
 };
 
 }  // namespace regvex

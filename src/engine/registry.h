@@ -131,6 +131,17 @@ class Registry {
     virtual RegStatus SetValue(KeyHandle key, std::string_view name, std::uint32_t type,
                                std::span<const std::uint8_t> data) = 0;
     virtual RegStatus DeleteValue(KeyHandle key, std::string_view name) = 0;
+
+    // Which stored key an open key is: two keys with equal names are the same stored key,
+    // whichever root, link or merged view they were reached through, and a subkey that is
+    // stored below its parent is named as the parent's name, a backslash and its own
+    // name. False when the backend cannot say (the default); then nothing may be assumed.
+    // A wrapper that does not pass this on silently turns off what depends on it.
+    virtual bool StoredKeyName(KeyHandle key, std::string& name) {
+        (void)key;
+        (void)name;
+        return false;
+    }
 };
 
 // Owns one open key and closes it when it goes.

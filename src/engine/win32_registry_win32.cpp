@@ -285,3 +285,65 @@ RegStatus Win32Registry::DeleteValue(KeyHandle key, std::string_view name) {
 }
 
 }  // namespace regvex
+
+namespace regvex {
+
+namespace {
+
+// ntdll's NtQueryKey and what it answers for KeyNameInformation. ntdll has no import
+// library in every toolchain, and the call is not part of the documented registry API, so
+// it is looked up at run time; without it, keys cannot be named.
+using NtQueryKeyCall = LONG(WINAPI*)(HANDLE key, int information_class, void* information,
+                                     ULONG length, ULONG* result_length);
+constexpr int kKeyNameInformation = 3;
+constexpr LONG kStatusBufferOverflow = static_cast<LONG>(0x80000005);
+constexpr LONG kStatusBufferTooSmall = static_cast<LONG>(0xC0000023);
+
+NtQueryKeyCall FindNtQueryKey() {
+    // ntdll is mapped into every process for its whole life; this handle is not owned.
+    const HMODULE ntdll = GetModuleHandleW(L"ntdll.dll");
+    if (ntdll == nullptr) {
+        return nullptr;
+    }
+    return reinterpret_cast<NtQueryKeyCall>(
+        reinterpret_cast<void*>(GetProcAddress(ntdll, "NtQueryKey")));
+}
+
+}  // namespace
+
+bool Win32Registry::StoredKeyName(KeyHandle key, std::string& name) {
+    static const NtQueryKeyCall query = FindNtQueryKey();
+    if (query == nullptr || key == 0) {
+        return false;
+    }
+    if (key_name_buffer_.size() < 1024) {
+        key_name_buffer_.resize(1024);
+    }
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        ULONG needed = 0;
+        const LONG status = query(ToHkey(key), kKeyNameInformation, key_name_buffer_.data(),
+                                  static_cast<ULONG>(key_name_buffer_.size()), &needed);
+        if ((status == kStatusBufferOverflow || status == kStatusBufferTooSmall) &&
+            needed > key_name_buffer_.size()) {
+            key_name_buffer_.resize(needed);
+            continue;
+        }
+        if (status < 0 || needed < sizeof(ULONG)) {
+            return false;
+        }
+        // KEY_NAME_INFORMATION: the name's length in bytes, then the name in UTF-16.
+        ULONG bytes = 0;
+        std::memcpy(&bytes, key_name_buffer_.data(), sizeof bytes);
+        if (bytes > key_name_buffer_.size() - sizeof bytes) {
+            return false;
+        }
+        std::wstring wide(bytes / sizeof(wchar_t), L'\0');
+        std::memcpy(wide.data(), key_name_buffer_.data() + sizeof bytes,
+                    wide.size() * sizeof(wchar_t));
+        name = text::FromWide(wide);
+        return true;
+    }
+    return false;
+}
+
+}  // namespace regvex

@@ -41,6 +41,9 @@ class Win32Registry final : public Registry {
     RegStatus SetValue(KeyHandle key, std::string_view name, std::uint32_t type,
                        std::span<const std::uint8_t> data) override;
     RegStatus DeleteValue(KeyHandle key, std::string_view name) override;
+    // The key's full name in the kernel (\REGISTRY\MACHINE\SOFTWARE\...), which names
+    // the key reached through links and merged views; false where ntdll cannot tell.
+    bool StoredKeyName(KeyHandle key, std::string& name) override;
 
   private:
     struct OpenedKey {
@@ -68,6 +71,7 @@ class Win32Registry final : public Registry {
     // Reused across a walk's values, which the engine reads one at a time.
     std::array<wchar_t, reg::kNameBufferChars> name_buffer_{};
     std::array<wchar_t, kWideDataUnits> data_buffer_{};
+    std::vector<unsigned char> key_name_buffer_;
 };
 
 }  // namespace regvex

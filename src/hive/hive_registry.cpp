@@ -215,6 +215,21 @@ KeyHandle HiveRegistry::NewHandle(KeyPtr key) {
     return slot + 1;
 }
 
+bool HiveRegistry::StoredKeyName(KeyHandle key, std::string& name) {
+    const Key* found = Lookup(key);
+    if (found == nullptr) {
+        return false;
+    }
+    // The hive's root has the empty name, so that each key is its parent's name, a
+    // backslash and its own.
+    name.clear();
+    if (!found->path.empty()) {
+        name.push_back('\\');
+        name.append(found->path);
+    }
+    return true;
+}
+
 HiveRegistry::Key* HiveRegistry::Lookup(KeyHandle key) const {
     if (key == 0 || key > handles_.size()) {
         return nullptr;

@@ -55,6 +55,8 @@ class HiveRegistry final : public Registry {
     RegStatus SetValue(KeyHandle key, std::string_view name, std::uint32_t type,
                        std::span<const std::uint8_t> data) override;
     RegStatus DeleteValue(KeyHandle key, std::string_view name) override;
+    // The key's path inside the hive; a hive knows nothing of where it is mounted.
+    bool StoredKeyName(KeyHandle key, std::string& name) override;
 
   private:
     struct Key;

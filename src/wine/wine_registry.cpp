@@ -111,6 +111,15 @@ std::optional<std::string> WineRegistry::StoredPath(KeyHandle key) const {
     return node->Path();
 }
 
+bool WineRegistry::StoredKeyName(KeyHandle key, std::string& name) {
+    const WineKey* node = Lookup(key);
+    if (node == nullptr) {
+        return false;
+    }
+    name = node->Path();
+    return true;
+}
+
 RegStatus WineRegistry::EnumKey(KeyHandle key, std::uint32_t index, std::string& name) {
     const WineKey* node = Lookup(key);
     if (node == nullptr) {

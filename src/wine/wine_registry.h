@@ -47,6 +47,7 @@ class WineRegistry final : public Registry {
     // ("Machine\System\ControlSet001" for HKLM\System\CurrentControlSet); nullopt for a
     // handle that is not open.
     std::optional<std::string> StoredPath(KeyHandle key) const;
+    bool StoredKeyName(KeyHandle key, std::string& name) override;
 
   private:
     const WineKey* Lookup(KeyHandle key) const;

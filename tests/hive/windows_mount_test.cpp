@@ -9,6 +9,7 @@
 #include "hive/hive_file.h"
 #include "offline/windows_layout.h"
 #include "shared_hives.h"
+#include "support/walk_comparison.h"
 #include "text/utf8.h"
 
 namespace regvex::offline {
@@ -132,6 +133,20 @@ TEST_F(WindowsMount, PlacesEveryHiveWhereWindowsDoes) {
     EXPECT_EQ(classes.size(), Subkeys(registry, kHkeyUsers, "S-1-5-21-7-1000_Classes").size() + 1);
     EXPECT_NE(Subkeys(registry, kHkeyCurrentConfig, ""),
               std::vector<std::string>{"(cannot be opened)"});
+}
+
+// The current user, the classes and the current control set are each reached through two
+// roots or places: a search reading their values once shows what a full walk shows.
+TEST_F(WindowsMount, ReadingEachStoredKeyOnceShowsWhatAFullWalkShows) {
+    WindowsSystem system;
+    std::string error;
+    ASSERT_TRUE(Mount("ANN", system, error)) << error;
+    // One request: the control set alone takes most of a minute in the checked build.
+    const testing::WalkRequest request{kHkeyAll, "", 3, "C:\\"};
+    const auto saving = testing::WalkOnce(system.registry, request, true, reg::kKeyRead);
+    const auto full = testing::WalkOnce(system.registry, request, false, reg::kKeyRead);
+    EXPECT_EQ(saving.lines, full.lines);
+    EXPECT_LT(saving.value_reads, full.value_reads);
 }
 
 TEST_F(WindowsMount, AsksWhichUserWhenThereIsAChoiceAndNamesTheProfiles) {

@@ -35,6 +35,9 @@ class ForwardingRegistry : public Registry {
     RegStatus DeleteValue(KeyHandle key, std::string_view name) override {
         return inner_.DeleteValue(key, name);
     }
+    bool StoredKeyName(KeyHandle key, std::string& name) override {
+        return inner_.StoredKeyName(key, name);
+    }
 
   private:
     Registry& inner_;

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <ostream>
 #include <string>
@@ -15,6 +16,7 @@
 #include "engine/reg_search.h"
 #include "engine/win32_registry_win32.h"
 #include "scan/finding_verdict.h"
+#include "support/walk_comparison.h"
 #include "system/system_info_win32.h"
 #include "win32/test_support_win32.h"
 
@@ -135,6 +137,66 @@ TEST(FullScan, ListsExactlyTheMissingFilesThatTheTestKeyNames) {
         {user, k + "B-Deeper\\Still\\multi", f + "\\gone.dll"},
     };
     EXPECT_EQ(ours, expected);
+}
+
+// Wine's registry holds the current user twice (HKEY_CURRENT_USER and its key under
+// HKEY_USERS) and the classes twice (HKEY_CLASSES_ROOT and the machine's Software\Classes):
+// a scan that reads such keys' values once shows what one reading them twice
+// shows, for the whole registry with a generated tree in both places.
+TEST(FullScan, ReadingEachStoredKeyOnceShowsWhatAFullWalkShows) {
+    testing::TestKey user_key;
+    const std::string classes = "Software\\Classes\\" + testing::UniqueName("RegvexlorTest");
+    struct MachineKey {
+        std::wstring path;
+        ~MachineKey() {
+            RegDeleteTreeW(HKEY_LOCAL_MACHINE, path.c_str());
+            RegDeleteKeyW(HKEY_LOCAL_MACHINE, path.c_str());
+        }
+    } machine_key{text::ToWide(classes)};
+    Win32Registry registry;
+    const auto put = [&](RootKeyHandle root, const std::string& path, const std::string& name,
+                         const std::string& data) {
+        ScopedKey key;
+        ASSERT_EQ(ScopedKey::Create(registry, root, path, reg::kKeyAllAccess, key), reg::kSuccess);
+        ASSERT_EQ(registry.SetValue(key.get(), name, reg::kSz,
+                                    std::vector<std::uint8_t>(data.begin(), data.end())),
+                  reg::kSuccess);
+    };
+    for (int i = 0; i < 24; ++i) {
+        // Built by appending: GCC 12 warns wrongly about "literal" + std::string here.
+        const std::string n = std::to_string(i);
+        std::string sub = "K";
+        sub += std::to_string(i % 6);
+        sub += "\\L";
+        sub += n;
+        std::string file = "C:\\file";
+        file += n;
+        file += ".exe";
+        file.push_back('\0');
+        std::string name = "C:\\name";
+        name += n;
+        for (const auto& [root, base] : {std::pair{kHkeyCurrentUser, user_key.path()},
+                                         std::pair{kHkeyLocalMachine, classes}}) {
+            const std::string path = base + "\\" + sub;
+            put(root, path, "a" + n, file);
+            put(root, path, name, "plain\0"s);
+            put(root, path, "z", "nothing\0"s);
+            if (i % 5 == 0) {
+                put(root, path, "zz", "C:\\" + std::string(5000, 'x') + "\0"s);
+            }
+        }
+    }
+    system::Win32SystemInfo system;
+    const AccessMask access = system::KeyMasksFor(system::Is64BitWindows(system)).KeyAccessMask;
+    const testing::WalkRequest request{kHkeyAll, "", 3, "C:\\"};
+    const auto saving = testing::WalkOnce(registry, request, true, access);
+    const auto full = testing::WalkOnce(registry, request, false, access);
+    EXPECT_EQ(saving.lines, full.lines);
+    EXPECT_LT(saving.value_reads, full.value_reads);
+    const std::string found = "found HKEY_CLASSES_ROOT|" + classes.substr(17) + "\\K0\\L0\\a0|";
+    EXPECT_TRUE(std::any_of(saving.lines.begin(), saving.lines.end(), [&](const std::string& line) {
+        return line.starts_with(found);
+    })) << found;
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include "support/registry_dump.h"
 #include "support/temp_folder.h"
+#include "support/walk_comparison.h"
 
 namespace regvex::wine {
 namespace {
@@ -105,6 +106,28 @@ TEST_F(WinePrefixTest, PresentsTheRootsAsWineDoes) {
               reg::kSuccess);
     const std::uint8_t data[] = {1};
     EXPECT_EQ(registry.SetValue(key.get(), "x", reg::kBinary, data), reg::kAccessDenied);
+}
+
+// The prefix's classes and current user are each reached through two roots, and a link
+// leads into the classes: a search reading their values once shows what a full walk shows.
+TEST_F(WinePrefixTest, ReadingEachStoredKeyOnceShowsWhatAFullWalkShows) {
+    const WinePrefixRegistry read = ReadWinePrefixRegistry(prefix_.path());
+    ASSERT_TRUE(read.registry) << read.error;
+    const struct {
+        testing::WalkRequest request;
+        bool saves;
+    } cases[] = {
+        {{kHkeyAll, "", 3, "i"}, true},
+        {{kHkeyAll, "", 2 | 4, "in wow"}, true},
+        {{kHkeyLocalMachine, "Software", 1, "v"}, false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.request.text);
+        const auto saving = testing::WalkOnce(*read.registry, c.request, true);
+        const auto full = testing::WalkOnce(*read.registry, c.request, false);
+        EXPECT_EQ(saving.lines, full.lines);
+        EXPECT_EQ(saving.value_reads < full.value_reads, c.saves);
+    }
 }
 
 TEST_F(WinePrefixTest, NeedsSystemRegAndReadsMissingUserFilesAsEmpty) {
