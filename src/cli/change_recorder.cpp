@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "engine/forwarding_registry.h"
 #include "text/upper_case.h"
 #include "wine/wine_prefix.h"
 
@@ -11,11 +12,14 @@ namespace regvex::cli {
 namespace {
 
 // Reads go to the hive; writes are noted instead of made.
-class NotingHive final : public Registry {
+class NotingHive final : public ForwardingRegistry {
   public:
     NotingHive(std::unique_ptr<Registry> hive, NotedFile& noted,
                const std::optional<std::size_t>& next_position)
-        : hive_(std::move(hive)), noted_(noted), next_position_(next_position) {}
+        : ForwardingRegistry(*hive),
+          hive_(std::move(hive)),
+          noted_(noted),
+          next_position_(next_position) {}
 
     RegStatus OpenKey(RootKeyHandle root, std::string_view path, AccessMask access,
                       KeyHandle& key) override {
@@ -33,16 +37,6 @@ class NotingHive final : public Registry {
     RegStatus CloseKey(KeyHandle key) override {
         paths_.erase(key);
         return hive_->CloseKey(key);
-    }
-    RegStatus EnumKey(KeyHandle key, std::uint32_t index, std::string& name) override {
-        return hive_->EnumKey(key, index, name);
-    }
-    RegStatus EnumValue(KeyHandle key, std::uint32_t index, ValueSlot& value) override {
-        return hive_->EnumValue(key, index, value);
-    }
-    RegStatus QueryValue(KeyHandle key, std::string_view name, std::uint32_t& type,
-                         std::vector<std::uint8_t>& data) override {
-        return hive_->QueryValue(key, name, type, data);
     }
     RegStatus ReadValue(KeyHandle key, std::uint32_t index, std::string& name, std::uint32_t& type,
                         std::vector<std::uint8_t>& data) override {
@@ -66,9 +60,6 @@ class NotingHive final : public Registry {
         noted_.Note({path->second, std::string(name), true, 0, {}, std::nullopt});
         return reg::kSuccess;
     }
-    bool StoredKeyName(KeyHandle key, std::string& name) override {
-        return hive_->StoredKeyName(key, name);
-    }
 
   private:
     std::unique_ptr<Registry> hive_;
@@ -79,31 +70,19 @@ class NotingHive final : public Registry {
 
 // Reads go to the prefix's registry; a write is noted for the file that holds the stored
 // key it reaches, below that file's root.
-class NotingWine final : public Registry {
+class NotingWine final : public ForwardingRegistry {
   public:
     NotingWine(std::unique_ptr<wine::WineRegistry> wine,
                std::vector<std::pair<std::filesystem::path, std::string>> files,
                NotedChanges& noted)
-        : wine_(std::move(wine)), files_(std::move(files)), noted_(noted) {}
+        : ForwardingRegistry(*wine),
+          wine_(std::move(wine)),
+          files_(std::move(files)),
+          noted_(noted) {}
 
-    RegStatus OpenKey(RootKeyHandle root, std::string_view path, AccessMask access,
-                      KeyHandle& key) override {
-        return wine_->OpenKey(root, path, access, key);
-    }
     RegStatus CreateKey(RootKeyHandle root, std::string_view path, AccessMask access,
                         KeyHandle& key) override {
         return OpenKey(root, path, access, key);
-    }
-    RegStatus CloseKey(KeyHandle key) override { return wine_->CloseKey(key); }
-    RegStatus EnumKey(KeyHandle key, std::uint32_t index, std::string& name) override {
-        return wine_->EnumKey(key, index, name);
-    }
-    RegStatus EnumValue(KeyHandle key, std::uint32_t index, ValueSlot& value) override {
-        return wine_->EnumValue(key, index, value);
-    }
-    RegStatus QueryValue(KeyHandle key, std::string_view name, std::uint32_t& type,
-                         std::vector<std::uint8_t>& data) override {
-        return wine_->QueryValue(key, name, type, data);
     }
     RegStatus ReadValue(KeyHandle key, std::uint32_t index, std::string& name, std::uint32_t& type,
                         std::vector<std::uint8_t>& data) override {
@@ -120,9 +99,6 @@ class NotingWine final : public Registry {
     }
     RegStatus DeleteValue(KeyHandle key, std::string_view name) override {
         return Note(key, {{}, std::string(name), true, 0, {}, std::nullopt});
-    }
-    bool StoredKeyName(KeyHandle key, std::string& name) override {
-        return wine_->StoredKeyName(key, name);
     }
 
   private:

@@ -8,10 +8,10 @@
 
 #include "cli/unexamined_count.h"
 #include "cli/visible_text.h"
+#include "engine/forwarding_registry.h"
 #include "engine/memory_registry.h"
 #include "engine/reg_search.h"
 #include "support/cli_platform.h"
-#include "support/forwarding_registry.h"
 #include "support/registry_fixtures.h"
 #include "support/search_doubles.h"
 #include "support/temp_folder.h"
@@ -348,7 +348,7 @@ TEST(Cli, SaysHowMuchTheScanCouldNotExamine) {
 
 // No export file or live registry holds a key name too long for the scan's buffer (Windows
 // refuses them), but a damaged hive can; a double answers for one.
-class OversizedSecondSubkeyOf final : public testing::ForwardingRegistry {
+class OversizedSecondSubkeyOf final : public ForwardingRegistry {
   public:
     OversizedSecondSubkeyOf(Registry& inner, std::string path)
         : ForwardingRegistry(inner), path_(std::move(path)) {}

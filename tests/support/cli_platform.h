@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "cli/cli.h"
-#include "support/forwarding_registry.h"
+#include "engine/forwarding_registry.h"
 #include "text/ansi_code_page.h"
 
 namespace regvex::testing {

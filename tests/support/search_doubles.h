@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "engine/forwarding_registry.h"
 #include "engine/reg_search.h"
-#include "support/forwarding_registry.h"
 
 namespace regvex::testing {
 

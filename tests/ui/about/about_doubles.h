@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "engine/forwarding_registry.h"
 #include "engine/memory_registry.h"
-#include "support/forwarding_registry.h"
 #include "support/scripted_services.h"
 #include "support/system_doubles.h"
 #include "ui/about/frm_about.h"

@@ -1,10 +1,12 @@
 #pragma once
-// A registry that passes every call on to another one; test doubles override the calls
-// they watch or break.
+// A registry that passes every call on to another one: wrappers that watch, note or
+// count override only the calls they care about. ReadValue is left to the base, which
+// reads through EnumValue; a wrapper over a backend that reads whole values passes it on
+// itself.
 
 #include "engine/registry.h"
 
-namespace regvex::testing {
+namespace regvex {
 
 class ForwardingRegistry : public Registry {
   public:
@@ -39,8 +41,11 @@ class ForwardingRegistry : public Registry {
         return inner_.StoredKeyName(key, name);
     }
 
+  protected:
+    Registry& inner() { return inner_; }
+
   private:
     Registry& inner_;
 };
 
-}  // namespace regvex::testing
+}  // namespace regvex
