@@ -12,7 +12,9 @@ namespace {
 
 // Space a list view leaves around a text in a column.
 constexpr int kColumnPadding = 16;
-constexpr ULONGLONG kRedrawInterval = 500;
+constexpr wchar_t kFirstAscii = L' ';
+constexpr wchar_t kLastAscii = L'~';
+constexpr int kRoundingAllowance = 2;
 // Most cells fit the first read; a longer one is read again into a buffer that fits it.
 constexpr std::size_t kFirstReadLength = 1024;
 // Far beyond any registry path or value text; a list that keeps filling the buffer stops
@@ -26,9 +28,9 @@ void CheckListControl::Attach(HWND list, HWND tooltip) {
     tooltip_ = tooltip;
 }
 
-void CheckListControl::AtPause(ULONGLONG now) {
+void CheckListControl::AtPause(Pace::Clock::time_point now) {
     held_ = true;
-    if (redraw_held_ && now - held_at_ >= kRedrawInterval) {
+    if (redraw_held_ && redraw_pace_.Due(now)) {
         ResumeRedraw();
     }
 }
@@ -46,28 +48,61 @@ void CheckListControl::HoldRedraw() {
     }
     SendMessageW(list_, WM_SETREDRAW, FALSE, 0);
     redraw_held_ = true;
-    held_at_ = GetTickCount64();
+    redraw_pace_.Restart(Pace::Clock::now());
 }
 
 void CheckListControl::ResumeRedraw() {
+    const auto started = Pace::Clock::now();
     redraw_held_ = false;
     SendMessageW(list_, WM_SETREDRAW, TRUE, 0);
     // Drawn now: the scan pumps its messages only now and then, and a row added before
     // that would hold the drawing again and the list would drop the paint.
     RedrawWindow(list_, nullptr, nullptr,
                  RDW_ERASE | RDW_FRAME | RDW_INVALIDATE | RDW_ALLCHILDREN | RDW_UPDATENOW);
+    redraw_pace_.Done(started, Pace::Clock::now());
 }
 
-int CheckListControl::TextWidth(const std::wstring& text) {
+HDC CheckListControl::MeasuringDc() {
     if (!measure_dc_) {
         measure_dc_.Reset(CreateCompatibleDC(nullptr));
     }
     const HDC dc = measure_dc_.get();
-    // The list's font may change with the window's layout.
-    SelectObject(dc, reinterpret_cast<HFONT>(SendMessageW(list_, WM_GETFONT, 0, 0)));
+    // The list's font may change with the window's layout. Selecting a font costs more
+    // than measuring with it, so it is selected again only when it changed.
+    const auto font = reinterpret_cast<HFONT>(SendMessageW(list_, WM_GETFONT, 0, 0));
+    if (font != measured_font_) {
+        SelectObject(dc, font);
+        measured_font_ = font;
+        if (!GetCharWidth32W(dc, kFirstAscii, kLastAscii, ascii_widths_.data())) {
+            ascii_widths_.fill(0);
+        }
+    }
+    return dc;
+}
+
+int CheckListControl::TextWidth(const std::wstring& text) {
     SIZE size{};
-    GetTextExtentPoint32W(dc, text.c_str(), static_cast<int>(text.size()), &size);
+    GetTextExtentPoint32W(MeasuringDc(), text.c_str(), static_cast<int>(text.size()), &size);
     return size.cx + kColumnPadding;
+}
+
+bool CheckListControl::FitsWithoutMeasuring(const std::wstring& text, int width) {
+    // A text of printable ASCII is as wide as its characters' widths added up: a font has
+    // them all, and the list draws them without kerning. A few pixels allow for rounding.
+    // Other characters may come from another font, so such texts are measured.
+    MeasuringDc();
+    long long sum = kRoundingAllowance + kColumnPadding;
+    for (const wchar_t c : text) {
+        if (c < kFirstAscii || c > kLastAscii) {
+            return false;
+        }
+        const INT char_width = ascii_widths_[static_cast<std::size_t>(c - kFirstAscii)];
+        if (char_width <= 0) {
+            return false;
+        }
+        sum += char_width;
+    }
+    return sum <= width;
 }
 
 void CheckListControl::AddColumn(const ListColumn& column) {
@@ -131,7 +166,10 @@ void CheckListControl::AddRow(const std::vector<std::string>& texts) {
         SendMessageW(list_, LVM_SETITEMTEXTW, static_cast<WPARAM>(inserted),
                      reinterpret_cast<LPARAM>(&sub_item));
         if (column < columns_.size()) {
-            columns_[column].widest = std::max(columns_[column].widest, TextWidth(wide));
+            int& widest = columns_[column].widest;
+            if (!FitsWithoutMeasuring(wide, widest)) {
+                widest = std::max(widest, TextWidth(wide));
+            }
         }
     }
     tags_.resize(static_cast<std::size_t>(RowCount()));

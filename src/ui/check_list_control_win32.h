@@ -3,11 +3,13 @@
 
 #include <windows.h>
 
+#include <array>
 #include <string>
 #include <vector>
 
 #include "handles/unique_handle_win32.h"
 #include "ui/base/controls.h"
+#include "ui/base/pace.h"
 
 namespace regvex::ui {
 
@@ -45,9 +47,9 @@ class CheckListControl final : public CheckListView {
     // Shows the header's mouse moves to its tooltips; called for every queued message.
     void RelayToTips(const MSG& message) const;
 
-    // The scan pauses: from now on the list is drawn at its pauses, at most twice a
-    // second, not for every row added.
-    void AtPause(ULONGLONG now);
+    // The scan pauses: from now on the list is drawn at its pauses, at most once a
+    // second and in no more than a twentieth of the scan's time, not for every row added.
+    void AtPause(Pace::Clock::time_point now);
     // Draws the list now, and after every change from now on.
     void Release();
 
@@ -58,6 +60,10 @@ class CheckListControl final : public CheckListView {
     };
 
     int TextWidth(const std::wstring& text);
+    // Whether `text` is sure to be no wider than `width` in the list's font, without
+    // measuring it.
+    bool FitsWithoutMeasuring(const std::wstring& text, int width);
+    HDC MeasuringDc();
     // A visible list view redraws itself for every row added, which a scan of thousands
     // of findings cannot afford: while a scan runs, drawing waits for its pauses.
     void HoldRedraw();
@@ -68,10 +74,13 @@ class CheckListControl final : public CheckListView {
     std::vector<ColumnState> columns_;
     std::vector<std::string> tags_;
     handles::UniqueDc measure_dc_;
+    HFONT measured_font_ = nullptr;
+    // The widths of that font's printable ASCII characters, ' ' to '~'; all 0 when unknown.
+    std::array<INT, 95> ascii_widths_{};
     // Changes wait for the scan's pauses.
     bool held_ = false;
     bool redraw_held_ = false;
-    ULONGLONG held_at_ = 0;
+    Pace redraw_pace_{std::chrono::seconds(1), std::chrono::seconds(5), 19};
 };
 
 }  // namespace regvex::ui

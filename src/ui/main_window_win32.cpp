@@ -309,7 +309,7 @@ void MainWindow::ShowAbout() {
 }
 
 void MainWindow::ScanPaused() {
-    const ULONGLONG now = GetTickCount64();
+    const auto now = Pace::Clock::now();
     form_window_.caption().AtPause(now);
     status_.AtPause(now);
     current_key_.AtPause(now);

@@ -21,6 +21,8 @@
 namespace regvex::ui {
 namespace {
 
+using namespace std::chrono_literals;
+
 int g_texts_shown = 0;
 std::vector<bool> g_redraws;
 
@@ -86,16 +88,16 @@ TEST_F(ViewControlsTest, WhileHeldTextsWaitForAPauseInTimeAndTheLastIsShownAtThe
 
     text.SetCaption("before the scan");
     EXPECT_EQ(shown(), std::make_pair(std::string("before the scan"), 1));
-    const ULONGLONG start = GetTickCount64();
+    const auto start = Pace::Clock::now();
     text.AtPause(start);
     for (int i = 1; i <= 2000; ++i) {
         text.SetCaption("Key " + std::to_string(i));
     }
     EXPECT_EQ(text.Caption(), "Key 2000");
     EXPECT_EQ(shown(), std::make_pair(std::string("before the scan"), 1));
-    text.AtPause(start + 50);  // too soon after the last one shown
+    text.AtPause(start + 50ms);  // too soon after the last one shown
     EXPECT_EQ(shown(), std::make_pair(std::string("before the scan"), 1));
-    text.AtPause(start + 200);
+    text.AtPause(start + 10s);
     EXPECT_EQ(shown(), std::make_pair(std::string("Key 2000"), 2));
     text.SetCaption("the end");
     text.Release();
@@ -120,12 +122,12 @@ TEST_F(ViewControlsTest, WhileHeldTheListIsDrawnAtPausesAndAlwaysAtTheEnd) {
     add_rows();  // not held: the list draws as usual
     EXPECT_TRUE(g_redraws.empty());
 
-    const ULONGLONG start = GetTickCount64();
+    const auto start = Pace::Clock::now();
     results.AtPause(start);
     add_rows();
-    results.AtPause(start + 100);
+    results.AtPause(start + 100ms);
     EXPECT_EQ(g_redraws, (std::vector<bool>{false}));
-    results.AtPause(start + 600);
+    results.AtPause(start + 10s);
     EXPECT_EQ(g_redraws, (std::vector<bool>{false, true}));
     add_rows();
     results.Release();

@@ -13,9 +13,6 @@ namespace {
 // How long a scan walks before the queue is looked at again: a message waiting there is
 // handled within this much walking.
 constexpr std::chrono::milliseconds kQueueLookInterval{2};
-// The longest a scan walks without a whole pump: under Wine a click reaches the queue
-// only when a pump reads the display. Well below what a user notices.
-constexpr std::chrono::milliseconds kLongestWithoutPump{10};
 
 }  // namespace
 
@@ -51,19 +48,21 @@ void Win32MessagePump::DoEvents() {
         return;
     }
     looked_at_ = now;
-    if (now - pumped_at_ < kLongestWithoutPump && HIWORD(GetQueueStatus(QS_ALLINPUT)) == 0) {
+    if (!unprompted_pumps_.Due(now) && HIWORD(GetQueueStatus(QS_ALLINPUT)) == 0) {
         return;
     }
-    pumped_at_ = now;
     MSG message{};
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+    bool quit = false;
+    while (!quit && PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
         if (message.message == WM_QUIT) {
             // Left for the program's own message loop to end on.
             PostQuitMessage(static_cast<int>(message.wParam));
-            return;
+            quit = true;
+        } else {
+            Handle(message);
         }
-        Handle(message);
     }
+    unprompted_pumps_.Done(now, std::chrono::steady_clock::now());
 }
 
 void Win32MessagePump::EndProcess() {

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "ui/base/pace.h"
 #include "ui/base/services.h"
 
 namespace regvex::ui {
@@ -30,8 +31,9 @@ class Win32MessagePump final : public MessagePump {
     // under Wine (two server round trips and the processor given up to whoever else
     // wants it, which on a busy machine costs more than walking the key), and even the
     // queue's status is a round trip: the queue is looked at every two milliseconds and
-    // pumped when something waits, or when ten have passed, for what only a pump fetches
-    // (under Wine the display's own input).
+    // pumped when something waits. What only a pump fetches (under Wine the display's own
+    // input) comes with a pump every 20 ms, or up to every 100 ms where pumps cost more
+    // than a fiftieth of the time.
     void DoEvents() override;
     void EndProcess() override;
 
@@ -39,7 +41,7 @@ class Win32MessagePump final : public MessagePump {
     void Handle(MSG& message);
     std::function<bool(MSG&)> pretranslate_;
     std::chrono::steady_clock::time_point looked_at_{};
-    std::chrono::steady_clock::time_point pumped_at_{};
+    Pace unprompted_pumps_{std::chrono::milliseconds(20), std::chrono::milliseconds(100), 49};
 };
 
 class Win32Shell final : public Shell {

@@ -5,12 +5,6 @@
 
 namespace regvex::ui {
 
-namespace {
-
-constexpr ULONGLONG kShowInterval = 100;
-
-}  // namespace
-
 std::string ThrottledText::Caption() const {
     return is_pending_ ? pending_ : WindowTextOf(window_);
 }
@@ -19,28 +13,29 @@ void ThrottledText::SetCaption(std::string_view caption) {
     pending_.assign(caption);
     is_pending_ = true;
     if (!held_) {
-        Show(GetTickCount64());
+        Show();
     }
 }
 
-void ThrottledText::AtPause(ULONGLONG now) {
+void ThrottledText::AtPause(Pace::Clock::time_point now) {
     held_ = true;
-    if (is_pending_ && now - shown_at_ >= kShowInterval) {
-        Show(now);
+    if (is_pending_ && pace_.Due(now)) {
+        Show();
     }
 }
 
 void ThrottledText::Release() {
     held_ = false;
     if (is_pending_) {
-        Show(GetTickCount64());
+        Show();
     }
 }
 
-void ThrottledText::Show(ULONGLONG now) {
+void ThrottledText::Show() {
+    const auto started = Pace::Clock::now();
     SetWindowTextW(window_, text::ToWide(pending_).c_str());
     is_pending_ = false;
-    shown_at_ = now;
+    pace_.Done(started, Pace::Clock::now());
 }
 
 }  // namespace regvex::ui
