@@ -48,7 +48,7 @@ class CheckListControl final : public CheckListView {
     void RelayToTips(const MSG& message) const;
 
     // The scan pauses: from now on the list is drawn at its pauses, at most once a
-    // second and in no more than a twentieth of the scan's time, not for every row added.
+    // second and in no more than a fortieth of the scan's time, not for every row added.
     void AtPause(Pace::Clock::time_point now);
     // Draws the list now, and after every change from now on.
     void Release();
@@ -80,7 +80,7 @@ class CheckListControl final : public CheckListView {
     // Changes wait for the scan's pauses.
     bool held_ = false;
     bool redraw_held_ = false;
-    Pace redraw_pace_{std::chrono::seconds(1), std::chrono::seconds(5), 19};
+    Pace redraw_pace_{std::chrono::seconds(1), std::chrono::seconds(5), 39};
 };
 
 }  // namespace regvex::ui

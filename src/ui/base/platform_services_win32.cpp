@@ -12,7 +12,7 @@ namespace {
 
 // How long a scan walks before the queue is looked at again: a message waiting there is
 // handled within this much walking.
-constexpr std::chrono::milliseconds kQueueLookInterval{2};
+constexpr std::chrono::milliseconds kQueueLookInterval{5};
 
 }  // namespace
 

@@ -30,7 +30,7 @@ class Win32MessagePump final : public MessagePump {
     // Called for every key a scan walks. Asking for a message when none waits is dear
     // under Wine (two server round trips and the processor given up to whoever else
     // wants it, which on a busy machine costs more than walking the key), and even the
-    // queue's status is a round trip: the queue is looked at every two milliseconds and
+    // queue's status is a round trip: the queue is looked at every five milliseconds and
     // pumped when something waits. What only a pump fetches (under Wine the display's own
     // input) comes with a pump every 20 ms, or up to every 100 ms where pumps cost more
     // than a fiftieth of the time.
