@@ -73,8 +73,10 @@ if [ ! -f "$cli" ]; then
     echo "  (build it with: cmake --build --preset windows --target regvexlor-cli)" >&2
     exit 3
 fi
+# Into a file, as the export writes one: under Wine, output to a character device such as
+# the null device costs a console-mode request for every line.
 scan_once() {
-    wine "$scan_cli" scan --drive C: >/dev/null 2>"$work/scan.err" ||
+    wine "$scan_cli" scan --drive C: >"$work/scan.tsv" 2>"$work/scan.err" ||
         { cat "$work/scan.err" >>"$log"; return 1; }
 }
 scan_cli=$cli
