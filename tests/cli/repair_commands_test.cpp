@@ -62,9 +62,10 @@ TEST(CliFix, BacksUpAndDeletesEveryFindingSoThatARescanFindsNone) {
     EXPECT_EQ(LineCount(fix.out), 12u);
     EXPECT_EQ(fix.out.substr(0, 8), "Deleted\t");
     const std::string backup_path = std::string(kBackups) + "\\Backup (6-3-2013 4.05.06 PM).reg";
-    EXPECT_NE(fix.err.find(R"(12 values deleted; backup: C:\\Vexlor\\RegBackups\\Backup )"
-                           R"((6-3-2013 4.05.06 PM).reg)"),
-              std::string::npos);
+    EXPECT_NE(
+        fix.err.find(R"(12 values deleted, 0 refused; backup: C:\\Vexlor\\RegBackups\\Backup )"
+                     R"((6-3-2013 4.05.06 PM).reg)"),
+        std::string::npos);
     const std::string& backup = live.disk.files.at(backup_path);
     EXPECT_EQ(backup.substr(0, 10), "REGEDIT4\r\n");
     EXPECT_NE(
@@ -89,6 +90,55 @@ TEST(CliFix, OnlyFixesFindingsWhoseSubkeyOrValueHoldsTheText) {
     EXPECT_EQ(nothing.exit_code, kExitOk);
     EXPECT_EQ(nothing.out, "");
     EXPECT_EQ(live.disk.files.size(), 1u);
+}
+
+TEST(CliFix, SaysWhichDeletionsTheRegistryRefusedAndEndsWithOne) {
+    // Keys whose values the registry refuses to delete, as a machine key does when the
+    // token is a standard user's or an administrator's filtered one.
+    const struct {
+        std::vector<std::pair<RootKeyHandle, std::string>> denied;
+        int exit_code;
+        std::size_t refused;
+        std::string summary;
+    } cases[] = {
+        {{}, kExitOk, 0, "12 values deleted, 0 refused"},
+        {{{kHkeyLocalMachine, "SOFTWARE\\Vexlor Fixture"}},
+         kExitNotAllDone,
+         1,
+         "11 values deleted, 1 refused"},
+        {{{kHkeyLocalMachine, "SOFTWARE\\Vexlor Fixture"},
+          {kHkeyCurrentUser, "Software\\Vexlor Fixture\\Deeper\\Still"}},
+         kExitNotAllDone,
+         2,
+         "10 values deleted, 2 refused"},
+    };
+    for (const auto& c : cases) {
+        LivePlatform live;
+        for (const auto& [root, path] : c.denied) {
+            live.registry.DenyValueDeletion(root, path);
+        }
+        const auto fix =
+            live.Cli({"fix", "--drive", "C:", "--map", "C:=" + kFixtures + "/drive_c"});
+        EXPECT_EQ(fix.exit_code, c.exit_code) << c.summary;
+        EXPECT_NE(fix.err.find(c.summary + "; backup: "), std::string::npos) << fix.err;
+        EXPECT_EQ(LineCount(fix.out), 12u);
+        std::size_t refused = 0;
+        for (std::size_t at = 0;
+             (at = fix.out.find("Refused (access denied)\t", at)) != std::string::npos; ++at) {
+            ++refused;
+        }
+        EXPECT_EQ(refused, c.refused) << fix.out;
+        if (c.refused != 0) {
+            EXPECT_NE(fix.out.find("Refused (access denied)\tHKEY_LOCAL_MACHINE\tSOFTWARE\\\\"
+                                   "Vexlor Fixture\\\\Machine\tC:\\\\Windows\\\\gone.sys\n"),
+                      std::string::npos)
+                << fix.out;
+        }
+        // What was refused is still there to be found, and in the backup all the same.
+        EXPECT_EQ(LineCount(live.Scan().out), c.refused);
+        EXPECT_NE(live.disk.files.begin()->second.find("\"Machine\"=\"C:\\\\Windows\\\\gone.sys\""),
+                  std::string::npos);
+    }
 }
 
 TEST(CliFix, ABackupThatCannotBeWrittenDeletesNothing) {
@@ -120,6 +170,53 @@ TEST(CliBackups, ListsRestoresAndDeletesByCatalogueNumber) {
     EXPECT_EQ(live.disk.files.count(std::string(kBackups) + "\\Backup (10-1-2013 1.00.00 PM).reg"),
               0u);
     EXPECT_EQ(live.Cli({"backups"}).out.substr(0, 10), "Backup #1\t");
+}
+
+TEST(CliBackups, ARestoreReadsBackWhatTheRegistryEditorWrote) {
+    const std::string backup = std::string(kBackups) + "\\Backup (6-3-2013 4.05.06 PM).reg";
+    const struct {
+        const char* name;
+        bool imports;
+        std::uint32_t editor_answer;
+        std::string backup_text;  // empty: the fix's own
+        int exit_code;
+        std::size_t not_restored;
+        std::string message;
+    } cases[] = {
+        {"imported", true, 0, "", kExitOk, 0, "12 of 12 values read back as restored"},
+        {"not imported", false, 0, "", kExitNotAllDone, 12, "0 of 12 values read back"},
+        {"editor failed", true, 1, "", kExitNotAllDone, 0, "the Registry Editor answered 1"},
+        {"malformed", true, 0, "not a backup\r\n", kExitUsage, 0, "nothing was restored"},
+    };
+    for (const auto& c : cases) {
+        LivePlatform live;
+        ASSERT_EQ(
+            live.Cli({"fix", "--drive", "C:", "--map", "C:=" + kFixtures + "/drive_c"}).exit_code,
+            kExitOk);
+        if (!c.backup_text.empty()) {
+            live.disk.files[backup] = c.backup_text;
+        }
+        live.processes.exit_code = c.editor_answer;
+        live.processes.on_run = [&](const std::string&) {
+            if (c.imports) {
+                ASSERT_FALSE(
+                    backup::ImportRegText(live.disk.files.at(backup), live.registry, live.code_page)
+                        .has_value());
+            }
+        };
+        const auto restore = live.Cli({"backups", "restore", "1"});
+        EXPECT_EQ(restore.exit_code, c.exit_code) << c.name << ": " << restore.err;
+        EXPECT_NE(restore.err.find(c.message), std::string::npos) << c.name << ": " << restore.err;
+        EXPECT_EQ(std::count(restore.out.begin(), restore.out.end(), '\n') -
+                      (restore.exit_code == kExitOk ? 1 : 0),
+                  static_cast<std::ptrdiff_t>(c.not_restored))
+            << c.name << ": " << restore.out;
+        EXPECT_EQ(restore.out.starts_with("Not restored (value missing)\tHKEY_LOCAL_MACHINE\t"
+                                          "SOFTWARE\\\\Vexlor Fixture\\\\Machine\n"),
+                  c.not_restored != 0)
+            << c.name << ": " << restore.out;
+        EXPECT_EQ(live.processes.waited.size(), c.exit_code == kExitUsage ? 0u : 1u) << c.name;
+    }
 }
 
 TEST(CliBackups, BadNumbersAndActionsExplainThemselves) {
