@@ -47,11 +47,12 @@ bool ListedBackups(RepairPlatform& repair, std::ostream& err,
 }
 
 // Imports the backup with the Registry Editor, then reads back every value it holds. The
-// editor's exit code says little: a silent import answers 0 on Windows whatever it could
-// not write, Wine's editor answers 0 as well, and a program that could not be started
-// answers 0 too. So the read-back decides, and it sees only what differs afterwards: a
-// value that already held the backed-up data reads back as restored whatever the editor
-// did, and one changed again since by someone else reads back as not restored.
+// editor's exit code says little: Wine's answers 0 to a missing file, to a file that is
+// no registry file and to an unknown root alike, Windows documents none for a silent
+// import, and a program that could not be started answers 0 as well. So the read-back
+// decides, and it sees only the registry afterwards: a value that already held the
+// backed-up data reads back as restored whatever the editor did, and one changed since
+// by another program reads back as not restored.
 int RestoreLive(const backup::BackupEntry& entry, std::ostream& out, std::ostream& err,
                 CliPlatform& platform, RepairPlatform& repair) {
     const std::string folder = repair.ProgramFolder();
