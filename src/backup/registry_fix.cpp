@@ -42,9 +42,13 @@ ValueDeletion DeleteExistingValuePath(Registry& registry, RootKeyHandle root, st
     ScopedKey key;
     const RegStatus opened = ScopedKey::Open(registry, root, key_path, access, key);
     if (opened != reg::kSuccess) {
-        return {opened, true};
+        return {opened, true, {}};
     }
-    return {registry.DeleteValue(key.get(), name), false};
+    ValueDeletion deletion{registry.DeleteValue(key.get(), name), false, {}};
+    if (!registry.StoredKeyName(key.get(), deletion.stored_key)) {
+        deletion.stored_key.clear();
+    }
+    return deletion;
 }
 
 std::string RefusalReason(const ValueDeletion& deletion) {

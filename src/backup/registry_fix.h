@@ -26,6 +26,9 @@ void DeleteRegistryValuePath(Registry& registry, RootKeyHandle root, std::string
 struct ValueDeletion {
     RegStatus status = reg::kSuccess;
     bool at_key = false;  // the key itself could not be opened
+    // Which stored key was opened, when the registry can tell (Registry::StoredKeyName):
+    // one value reached through two roots is deleted through the first.
+    std::string stored_key;
 
     bool Deleted() const { return status == reg::kSuccess; }
 };

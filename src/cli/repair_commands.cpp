@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <optional>
+#include <set>
 
 #include "backup/backup_catalogue.h"
 #include "backup/backup_file.h"
@@ -44,6 +45,38 @@ bool ListedBackups(RepairPlatform& repair, std::ostream& err,
         return false;
     }
     return true;
+}
+
+// Deletes each finding's value, saying for each whether it went; the number refused.
+std::size_t DeleteFindings(Registry& registry, AccessMask access,
+                           const std::vector<backup::BackupRow>& findings, std::ostream& out) {
+    std::size_t refused = 0;
+    // The stored values deleted so far: a scan finds a value once through every root that
+    // reaches it (HKEY_CURRENT_USER is a key of HKEY_USERS), and only the first deletes it.
+    std::set<std::string> deleted;
+    for (const backup::BackupRow& row : findings) {
+        // Every finding came from a value of a key, so its path has a backslash.
+        const backup::ValueDeletion deletion = backup::DeleteExistingValuePath(
+            registry, RootKeyFromName(row.root_key), row.sub_key, access);
+        const std::string stored =
+            deletion.stored_key.empty()
+                ? std::string()
+                : text::UpperCase(deletion.stored_key +
+                                  row.sub_key.substr(row.sub_key.rfind('\\')));
+        if (deletion.Deleted() && !stored.empty()) {
+            deleted.insert(stored);
+        }
+        if (deletion.Deleted() || (deletion.status == reg::kFileNotFound && !deletion.at_key &&
+                                   deleted.count(stored) != 0)) {
+            out << "Deleted\t";
+        } else {
+            out << "Refused (" << backup::RefusalReason(deletion) << ")\t";
+            ++refused;
+        }
+        out << VisibleText(row.root_key) << '\t' << VisibleText(row.sub_key) << '\t'
+            << VisibleText(row.value) << '\n';
+    }
+    return refused;
 }
 
 // Imports the backup with the Registry Editor, then reads back every value it holds. The
@@ -171,20 +204,7 @@ int RunFix(const std::vector<std::string>& args, std::ostream& out, std::ostream
         err << "regvexlor-cli: " << VisibleText(failure.what()) << " Nothing was deleted.\n";
         return kExitScanFailed;
     }
-    std::size_t refused = 0;
-    for (const backup::BackupRow& row : findings) {
-        // Every finding came from a value of a key, so its path has a backslash.
-        const backup::ValueDeletion deletion = backup::DeleteExistingValuePath(
-            *registry, RootKeyFromName(row.root_key), row.sub_key, platform.KeyAccessMask());
-        if (deletion.Deleted()) {
-            out << "Deleted\t";
-        } else {
-            out << "Refused (" << backup::RefusalReason(deletion) << ")\t";
-            ++refused;
-        }
-        out << VisibleText(row.root_key) << '\t' << VisibleText(row.sub_key) << '\t'
-            << VisibleText(row.value) << '\n';
-    }
+    const std::size_t refused = DeleteFindings(*registry, platform.KeyAccessMask(), findings, out);
     out.flush();
     err << FixSummary(findings.size() - refused, refused)
         << "; backup: " << VisibleText(backup_path) << "\n";

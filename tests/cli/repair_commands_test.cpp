@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <map>
 #include <sstream>
 
 #include "backup/backup_file.h"
 #include "backup/reg_file_reader.h"
 #include "cli/cli.h"
+#include "engine/forwarding_registry.h"
 #include "engine/memory_registry.h"
 #include "support/cli_platform.h"
 #include "support/system_doubles.h"
@@ -48,6 +50,43 @@ class LivePlatform final : public testing::FakeCliPlatform, public RepairPlatfor
         std::uintptr_t Disable() override { return 0; }
         void Revert(std::uintptr_t) override {}
     } redirection;
+};
+
+// HKEY_CURRENT_USER reached a second time as a key of HKEY_USERS, as on Windows: both
+// names of a key answer one stored key name.
+class UsersLinked final : public ForwardingRegistry {
+  public:
+    explicit UsersLinked(MemoryRegistry& registry) : ForwardingRegistry(registry) {
+        KeyHandle key = 0;
+        registry.CreateKey(kHkeyUsers, kSid, reg::kKeyAllAccess, key);
+        registry.CloseKey(key);
+    }
+    RegStatus OpenKey(RootKeyHandle root, std::string_view path, AccessMask access,
+                      KeyHandle& key) override {
+        if (root == kHkeyUsers && path.starts_with(kSid) &&
+            (path.size() == kSid.size() || path[kSid.size()] == '\\')) {
+            root = kHkeyCurrentUser;
+            path.remove_prefix(std::min(path.size(), kSid.size() + 1));
+        }
+        const RegStatus status = inner().OpenKey(root, path, access, key);
+        if (status == reg::kSuccess) {
+            stored_[key] =
+                path.empty() ? RootKeyName(root) : RootKeyName(root) + "\\" + std::string(path);
+        }
+        return status;
+    }
+    RegStatus CloseKey(KeyHandle key) override {
+        stored_.erase(key);
+        return inner().CloseKey(key);
+    }
+    bool StoredKeyName(KeyHandle key, std::string& name) override {
+        name = stored_.at(key);
+        return true;
+    }
+
+  private:
+    static constexpr std::string_view kSid = "S-1-5-21-1000";
+    std::map<KeyHandle, std::string> stored_;
 };
 
 std::size_t LineCount(const std::string& text) {
@@ -97,23 +136,37 @@ TEST(CliFix, SaysWhichDeletionsTheRegistryRefusedAndEndsWithOne) {
     // token is a standard user's or an administrator's filtered one.
     const struct {
         std::vector<std::pair<RootKeyHandle, std::string>> denied;
+        bool users_linked;  // HKEY_CURRENT_USER is found again below HKEY_USERS
         int exit_code;
         std::size_t refused;
         std::string summary;
     } cases[] = {
-        {{}, kExitOk, 0, "12 values deleted, 0 refused"},
+        {{}, false, kExitOk, 0, "12 values deleted, 0 refused"},
         {{{kHkeyLocalMachine, "SOFTWARE\\Vexlor Fixture"}},
+         false,
          kExitNotAllDone,
          1,
          "11 values deleted, 1 refused"},
         {{{kHkeyLocalMachine, "SOFTWARE\\Vexlor Fixture"},
           {kHkeyCurrentUser, "Software\\Vexlor Fixture\\Deeper\\Still"}},
+         false,
          kExitNotAllDone,
          2,
          "10 values deleted, 2 refused"},
+        // The second finding of a value deleted through the first is no refusal.
+        {{}, true, kExitOk, 0, "23 values deleted, 0 refused"},
+        {{{kHkeyCurrentUser, "Software\\Vexlor Fixture\\Deeper\\Still"}},
+         true,
+         kExitNotAllDone,
+         2,
+         "21 values deleted, 2 refused"},
     };
     for (const auto& c : cases) {
         LivePlatform live;
+        UsersLinked linked(live.registry);
+        if (c.users_linked) {
+            live.live = &linked;
+        }
         for (const auto& [root, path] : c.denied) {
             live.registry.DenyValueDeletion(root, path);
         }
@@ -121,14 +174,14 @@ TEST(CliFix, SaysWhichDeletionsTheRegistryRefusedAndEndsWithOne) {
             live.Cli({"fix", "--drive", "C:", "--map", "C:=" + kFixtures + "/drive_c"});
         EXPECT_EQ(fix.exit_code, c.exit_code) << c.summary;
         EXPECT_NE(fix.err.find(c.summary + "; backup: "), std::string::npos) << fix.err;
-        EXPECT_EQ(LineCount(fix.out), 12u);
+        EXPECT_EQ(LineCount(fix.out), c.users_linked ? 23u : 12u) << fix.out;
         std::size_t refused = 0;
         for (std::size_t at = 0;
              (at = fix.out.find("Refused (access denied)\t", at)) != std::string::npos; ++at) {
             ++refused;
         }
         EXPECT_EQ(refused, c.refused) << fix.out;
-        if (c.refused != 0) {
+        if (!c.denied.empty() && c.denied[0].first == kHkeyLocalMachine) {
             EXPECT_NE(fix.out.find("Refused (access denied)\tHKEY_LOCAL_MACHINE\tSOFTWARE\\\\"
                                    "Vexlor Fixture\\\\Machine\tC:\\\\Windows\\\\gone.sys\n"),
                       std::string::npos)
