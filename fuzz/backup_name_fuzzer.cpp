@@ -29,6 +29,7 @@ class NamedFiles final : public system::FileSystem {
     std::vector<std::string> FileNames(const std::string&) override { return names_; }
     std::optional<std::uint64_t> FileSize(const std::string& path) override { return path.size(); }
     bool WriteFile(const std::string&, std::string_view) override { return false; }
+    std::optional<std::string> ReadFile(const std::string&) override { return std::nullopt; }
     bool RemoveFile(const std::string&) override { return false; }
 
   private:

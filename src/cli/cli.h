@@ -13,6 +13,8 @@ namespace regvex::cli {
 inline constexpr int kExitOk = 0;
 inline constexpr int kExitScanFailed = 1;
 inline constexpr int kExitUsage = 2;
+// A repair did some of what was asked and says what it could not do.
+inline constexpr int kExitNotAllDone = 1;
 
 // "--help" or "-h".
 bool IsHelpOption(std::string_view arg);

@@ -20,6 +20,7 @@
 #include "cli/cli.h"
 #include "cli/offline_changes.h"
 #include "cli/repair_commands.h"
+#include "cli/restore_read_back.h"
 #include "cli/scan_command.h"
 #include "cli/visible_text.h"
 #include "engine/run_time_error.h"
@@ -76,39 +77,23 @@ bool ReadBackupValues(const fs::path& file, CliPlatform& platform,
             << ": " << VisibleText(failure->message) << "\n";
         return false;
     }
+    values = ValuesHeld(registry);
+    // A file changed by hand may have lost the places; then they are not used.
     const auto positions = PositionComments(file);
-    for (const RootKeyHandle root :
-         {kHkeyLocalMachine, kHkeyCurrentUser, kHkeyClassesRoot, kHkeyUsers, kHkeyCurrentConfig}) {
-        std::vector<std::string> pending{std::string()};
-        while (!pending.empty()) {
-            const std::string path = std::move(pending.back());
-            pending.pop_back();
-            ScopedKey key;
-            if (ScopedKey::Open(registry, root, path, reg::kKeyRead, key) != reg::kSuccess) {
-                continue;
-            }
-            OfflineValue value{root, path, {}};
-            const std::size_t first = values.size();
-            for (std::uint32_t i = 0;
-                 registry.ReadValue(key.get(), i, value.value.name, value.value.type,
-                                    value.value.data) == reg::kSuccess;
-                 ++i) {
-                values.push_back(value);
-            }
-            // A file changed by hand may have lost the places; then they are not used.
-            const auto kept = positions.find(backup::LineBreaksEscaped(FullKey(root, path)));
-            if (kept != positions.end() && kept->second.size() == values.size() - first) {
-                for (std::size_t i = first; i < values.size(); ++i) {
-                    values[i].value.position = kept->second[i - first];
-                }
-            }
-            std::vector<std::string> children;
-            std::string name;
-            for (std::uint32_t i = 0; registry.EnumKey(key.get(), i, name) == reg::kSuccess; ++i) {
-                children.push_back(path.empty() ? name : path + "\\" + name);
-            }
-            pending.insert(pending.end(), children.rbegin(), children.rend());
+    for (std::size_t first = 0; first < values.size();) {
+        std::size_t end = first;
+        while (end < values.size() && values[end].root == values[first].root &&
+               values[end].key_path == values[first].key_path) {
+            ++end;
         }
+        const auto kept = positions.find(
+            backup::LineBreaksEscaped(FullKey(values[first].root, values[first].key_path)));
+        if (kept != positions.end() && kept->second.size() == end - first) {
+            for (std::size_t i = first; i < end; ++i) {
+                values[i].value.position = kept->second[i - first];
+            }
+        }
+        first = end;
     }
     return true;
 }

@@ -31,6 +31,9 @@ class NativeFiles final : public system::FileSystem {
     bool WriteFile(const std::string& path, std::string_view bytes) override {
         return disk_.WriteFile(Native(path), bytes);
     }
+    std::optional<std::string> ReadFile(const std::string& path) override {
+        return disk_.ReadFile(Native(path));
+    }
     bool RemoveFile(const std::string& path) override { return disk_.RemoveFile(Native(path)); }
 
   private:

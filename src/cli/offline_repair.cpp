@@ -19,6 +19,7 @@
 #include "cli/change_recorder.h"
 #include "cli/cli.h"
 #include "cli/offline_changes.h"
+#include "cli/repair_commands.h"
 #include "cli/scan_command.h"
 #include "cli/visible_text.h"
 #include "engine/run_time_error.h"
@@ -221,7 +222,8 @@ int RunOfflineFix(const std::vector<std::string>& args, std::ostream& out, std::
         return made;
     }
     out << listed.str();
-    err << found.size() << " values deleted; backup: " << VisibleText(text::Utf8FromPath(backup))
+    // An offline edit is made whole or not at all: a refusal ended it before this point.
+    err << FixSummary(found.size(), 0) << "; backup: " << VisibleText(text::Utf8FromPath(backup))
         << "\n";
     return kExitOk;
 }

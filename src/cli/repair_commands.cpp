@@ -1,12 +1,15 @@
 #include "cli/repair_commands.h"
 
 #include <charconv>
+#include <optional>
+#include <set>
 
 #include "backup/backup_catalogue.h"
 #include "backup/backup_file.h"
 #include "backup/registry_fix.h"
 #include "cli/cli.h"
 #include "cli/offline_repair.h"
+#include "cli/restore_read_back.h"
 #include "cli/scan_command.h"
 #include "cli/visible_text.h"
 #include "engine/run_time_error.h"
@@ -42,6 +45,96 @@ bool ListedBackups(RepairPlatform& repair, std::ostream& err,
         return false;
     }
     return true;
+}
+
+// Deletes each finding's value, saying for each whether it went; the number refused.
+std::size_t DeleteFindings(Registry& registry, AccessMask access,
+                           const std::vector<backup::BackupRow>& findings, std::ostream& out) {
+    std::size_t refused = 0;
+    // The stored values deleted so far: a scan finds a value once through every root that
+    // reaches it (HKEY_CURRENT_USER is a key of HKEY_USERS), and only the first deletes it.
+    std::set<std::string> deleted;
+    for (const backup::BackupRow& row : findings) {
+        // Every finding came from a value of a key, so its path has a backslash.
+        const backup::ValueDeletion deletion = backup::DeleteExistingValuePath(
+            registry, RootKeyFromName(row.root_key), row.sub_key, access);
+        const std::string stored =
+            deletion.stored_key.empty()
+                ? std::string()
+                : text::UpperCase(deletion.stored_key +
+                                  row.sub_key.substr(row.sub_key.rfind('\\')));
+        if (deletion.Deleted() && !stored.empty()) {
+            deleted.insert(stored);
+        }
+        if (deletion.Deleted() || (deletion.status == reg::kFileNotFound && !deletion.at_key &&
+                                   deleted.count(stored) != 0)) {
+            out << "Deleted\t";
+        } else {
+            out << "Refused (" << backup::RefusalReason(deletion) << ")\t";
+            ++refused;
+        }
+        out << VisibleText(row.root_key) << '\t' << VisibleText(row.sub_key) << '\t'
+            << VisibleText(row.value) << '\n';
+    }
+    return refused;
+}
+
+// Imports the backup with the Registry Editor, then reads back every value it holds. The
+// editor's exit code says little: Wine's answers 0 to a missing file, to a file that is
+// no registry file and to an unknown root alike, Windows documents none for a silent
+// import, and a program that could not be started answers 0 as well. So the read-back
+// decides, and it sees only the registry afterwards: a value that already held the
+// backed-up data reads back as restored whatever the editor did, and one changed since
+// by another program reads back as not restored.
+int RestoreLive(const backup::BackupEntry& entry, std::ostream& out, std::ostream& err,
+                CliPlatform& platform, RepairPlatform& repair) {
+    const std::string folder = repair.ProgramFolder();
+    const std::optional<std::string> bytes =
+        repair.Disk().ReadFile(backup::BackupsFolder(folder) + "\\" + entry.file_name);
+    std::vector<OfflineValue> values;
+    if (!bytes) {
+        err << "regvexlor-cli: " << VisibleText(entry.file_name)
+            << " cannot be read; nothing was restored\n";
+        return kExitUsage;
+    }
+    if (const auto bad = ValuesOfBackup(*bytes, platform.AnsiCodePage(), values)) {
+        err << "regvexlor-cli: " << VisibleText(entry.file_name) << ":" << bad->line << ": "
+            << VisibleText(bad->message) << "; nothing was restored\n";
+        return kExitUsage;
+    }
+    std::string why_not;
+    const auto registry = platform.OpenLiveRegistry(why_not);
+    if (!registry) {
+        err << "regvexlor-cli: " << VisibleText(why_not) << "\n";
+        return kExitUsage;
+    }
+    std::uint32_t exit_code = 0;
+    {
+        const system::RedirectionOff redirection(repair.Redirection(), repair.Is64BitWindows());
+        exit_code =
+            repair.Processes().RunAndWait(backup::RestoreCommandLine(folder, entry.file_name));
+    }
+    if (exit_code != 0) {
+        err << "regvexlor-cli: the Registry Editor answered " << exit_code << " for "
+            << VisibleText(entry.file_name) << "\n";
+    }
+    // The view the Registry Editor wrote: the 64-bit one on 64-bit Windows.
+    const AccessMask read_access =
+        reg::kKeyQueryValue | (platform.KeyAccessMask() & reg::kKeyWow64_64Key);
+    const std::vector<NotReadBack> missing = ValuesNotReadBack(*registry, read_access, values);
+    for (const NotReadBack& each : missing) {
+        out << "Not restored (" << each.reason << ")\t"
+            << VisibleText(RootKeyName(each.value->root)) << '\t'
+            << VisibleText(each.value->key_path + "\\" + each.value->value.name) << '\n';
+    }
+    if (exit_code == 0 && missing.empty()) {
+        out << "Restored\t" << VisibleText(entry.number_text) << '\t'
+            << VisibleText(entry.date_text) << '\n';
+    }
+    out.flush();
+    err << values.size() - missing.size() << " of " << values.size()
+        << " values read back as restored\n";
+    return exit_code == 0 && missing.empty() ? kExitOk : kExitNotAllDone;
 }
 
 }  // namespace
@@ -111,16 +204,11 @@ int RunFix(const std::vector<std::string>& args, std::ostream& out, std::ostream
         err << "regvexlor-cli: " << VisibleText(failure.what()) << " Nothing was deleted.\n";
         return kExitScanFailed;
     }
-    for (const backup::BackupRow& row : findings) {
-        // Every finding came from a value of a key, so its path has a backslash.
-        backup::DeleteRegistryValuePath(*registry, RootKeyFromName(row.root_key), row.sub_key,
-                                        platform.KeyAccessMask());
-        out << "Deleted\t" << VisibleText(row.root_key) << '\t' << VisibleText(row.sub_key) << '\t'
-            << VisibleText(row.value) << '\n';
-    }
+    const std::size_t refused = DeleteFindings(*registry, platform.KeyAccessMask(), findings, out);
     out.flush();
-    err << findings.size() << " values deleted; backup: " << VisibleText(backup_path) << "\n";
-    return kExitOk;
+    err << FixSummary(findings.size() - refused, refused)
+        << "; backup: " << VisibleText(backup_path) << "\n";
+    return refused == 0 ? kExitOk : kExitNotAllDone;
 }
 
 int RunBackups(const std::vector<std::string>& args, std::ostream& out, std::ostream& err,
@@ -163,17 +251,7 @@ int RunBackups(const std::vector<std::string>& args, std::ostream& out, std::ost
     const backup::BackupEntry& entry = entries[static_cast<std::size_t>(number - 1)];
     const std::string folder = repair->ProgramFolder();
     if (action == "restore") {
-        const system::RedirectionOff redirection(repair->Redirection(), repair->Is64BitWindows());
-        const std::uint32_t exit_code =
-            repair->Processes().RunAndWait(backup::RestoreCommandLine(folder, entry.file_name));
-        if (exit_code != 0) {
-            err << "regvexlor-cli: the Registry Editor answered " << exit_code << " for "
-                << VisibleText(entry.file_name) << "\n";
-            return kExitScanFailed;
-        }
-        out << "Restored\t" << VisibleText(entry.number_text) << '\t'
-            << VisibleText(entry.date_text) << '\n';
-        return kExitOk;
+        return RestoreLive(entry, out, err, platform, *repair);
     }
     if (!repair->Disk().RemoveFile(backup::BackupsFolder(folder) + "\\" + entry.file_name)) {
         err << "regvexlor-cli: " << VisibleText(entry.file_name) << " could not be deleted\n";
@@ -203,6 +281,10 @@ bool IsListedBackup(int number, const std::vector<backup::BackupEntry>& entries,
         return false;
     }
     return true;
+}
+
+std::string FixSummary(std::size_t deleted, std::size_t refused) {
+    return std::to_string(deleted) + " values deleted, " + std::to_string(refused) + " refused";
 }
 
 }  // namespace regvex::cli

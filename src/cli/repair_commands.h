@@ -2,6 +2,7 @@
 // "fix" and "backups": the program's Fix command and its backups page, on the live
 // registry.
 
+#include <cstddef>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -24,5 +25,8 @@ int RunBackups(const std::vector<std::string>& args, std::ostream& out, std::ost
 void PrintBackupList(const std::vector<backup::BackupEntry>& entries, std::ostream& out,
                      std::ostream& err);
 bool IsListedBackup(int number, const std::vector<backup::BackupEntry>& entries, std::ostream& err);
+
+// The count that every fix ends with: "N values deleted, M refused".
+std::string FixSummary(std::size_t deleted, std::size_t refused);
 
 }  // namespace regvex::cli

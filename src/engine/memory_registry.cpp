@@ -211,23 +211,19 @@ RegStatus MemoryRegistry::Lookup(KeyHandle key, Node*& node) const {
 
 RegStatus MemoryRegistry::OpenKey(RootKeyHandle root, std::string_view path, AccessMask access,
                                   KeyHandle& key) {
-    key = 0;
-    Node* node = nullptr;
-    if (const RegStatus status = Resolve(root, path, false, node); status != reg::kSuccess) {
-        return status;
-    }
-    if (node->deny_full_access && (access & kRightsBeyondReading) != 0) {
-        return reg::kAccessDenied;
-    }
-    key = NewHandle(node);
-    return reg::kSuccess;
+    return OpenNode(root, path, access, false, key);
 }
 
 RegStatus MemoryRegistry::CreateKey(RootKeyHandle root, std::string_view path, AccessMask access,
                                     KeyHandle& key) {
+    return OpenNode(root, path, access, true, key);
+}
+
+RegStatus MemoryRegistry::OpenNode(RootKeyHandle root, std::string_view path, AccessMask access,
+                                   bool create, KeyHandle& key) {
     key = 0;
     Node* node = nullptr;
-    if (const RegStatus status = Resolve(root, path, true, node); status != reg::kSuccess) {
+    if (const RegStatus status = Resolve(root, path, create, node); status != reg::kSuccess) {
         return status;
     }
     if (node->deny_full_access && (access & kRightsBeyondReading) != 0) {
@@ -369,6 +365,9 @@ RegStatus MemoryRegistry::DeleteValue(KeyHandle key, std::string_view name) {
     if (const RegStatus status = Lookup(key, node); status != reg::kSuccess) {
         return status;
     }
+    if (node->deny_value_deletion) {
+        return reg::kAccessDenied;
+    }
     text::UpperCaseInto(name, upper_scratch_);
     const auto position =
         node->FindValue(name, upper_scratch_, NameHash(upper_scratch_), compare_scratch_);
@@ -423,12 +422,12 @@ RegStatus MemoryRegistry::DeleteKeyTree(RootKeyHandle root, std::string_view pat
     return reg::kSuccess;
 }
 
-RegStatus MemoryRegistry::DenyFullAccess(RootKeyHandle root, std::string_view path) {
+RegStatus MemoryRegistry::Deny(RootKeyHandle root, std::string_view path, bool value_deletion) {
     Node* node = nullptr;
     if (const RegStatus status = Resolve(root, path, false, node); status != reg::kSuccess) {
         return status;
     }
-    node->deny_full_access = true;
+    (value_deletion ? node->deny_value_deletion : node->deny_full_access) = true;
     return reg::kSuccess;
 }
 

@@ -3,10 +3,10 @@
 // subkeys enumerate in the ordinal order of their upper-cased names, values in the order
 // they were created, names and keys compare without regard to case, a name longer than
 // the 260-character buffer or data longer than the 4096-byte buffer (text measured in
-// the ANSI code page it is given) answers kMoreData,
-// and a key can be marked so that opening it with more than read rights answers
-// kAccessDenied. Every root exists and starts empty; the roots are not linked to each
-// other (HKEY_CLASSES_ROOT does not mirror a part of HKEY_LOCAL_MACHINE).
+// the ANSI code page it is given) answers kMoreData, and a key can be marked so that
+// opening it with more than read rights, or deleting its values, answers kAccessDenied.
+// Every root exists and starts empty; the roots are not linked to each other
+// (HKEY_CLASSES_ROOT does not mirror a part of HKEY_LOCAL_MACHINE).
 //
 // It refuses what Windows refuses: creating a key name of more than 255 characters
 // (kInvalidParameter), a key more than 512 levels below its root (kNoSystemResources),
@@ -59,7 +59,15 @@ class MemoryRegistry final : public Registry {
 
     // From now on, opening this existing key with any right beyond reading answers
     // kAccessDenied, as a protected key does for an ordinary user.
-    RegStatus DenyFullAccess(RootKeyHandle root, std::string_view path);
+    RegStatus DenyFullAccess(RootKeyHandle root, std::string_view path) {
+        return Deny(root, path, false);
+    }
+    // From now on, deleting a value of this existing key answers kAccessDenied although
+    // the key opens with every right: what a repair meets when the rights of a key it
+    // scanned change before it deletes.
+    RegStatus DenyValueDeletion(RootKeyHandle root, std::string_view path) {
+        return Deny(root, path, true);
+    }
 
     std::size_t OpenHandleCount() const;
 
@@ -84,6 +92,9 @@ class MemoryRegistry final : public Registry {
     struct UndoRecord;
 
     Node* RootNode(RootKeyHandle root) const;
+    RegStatus OpenNode(RootKeyHandle root, std::string_view path, AccessMask access, bool create,
+                       KeyHandle& key);
+    RegStatus Deny(RootKeyHandle root, std::string_view path, bool value_deletion);
     // Follows `path` from `root`. Creates missing keys when `create` is set.
     RegStatus Resolve(RootKeyHandle root, std::string_view path, bool create, Node*& node);
     Node* AddKey(Node* parent, std::string_view name, std::uint32_t hash);

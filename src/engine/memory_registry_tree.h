@@ -137,6 +137,7 @@ struct Node {
     std::uint16_t depth = 0;  // levels below the root
     bool children_sorted = true;
     bool deny_full_access = false;
+    bool deny_value_deletion = false;
 
   private:
     struct Indexes {

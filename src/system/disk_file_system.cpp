@@ -1,5 +1,6 @@
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 
 #include "system/file_system.h"
 #include "text/utf8_path.h"
@@ -48,6 +49,18 @@ bool DiskFileSystem::WriteFile(const std::string& path, std::string_view bytes) 
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     file.close();
     return static_cast<bool>(file);
+}
+
+std::optional<std::string> DiskFileSystem::ReadFile(const std::string& path) {
+    std::ifstream file(text::PathFromUtf8(path), std::ios::binary);
+    if (!file) {
+        return std::nullopt;
+    }
+    std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    if (file.bad()) {
+        return std::nullopt;
+    }
+    return bytes;
 }
 
 bool DiskFileSystem::RemoveFile(const std::string& path) {

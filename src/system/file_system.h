@@ -24,6 +24,8 @@ class FileSystem {
     virtual std::optional<std::uint64_t> FileSize(const std::string& path) = 0;
     // Creates or truncates the file; false when it could not be written whole.
     virtual bool WriteFile(const std::string& path, std::string_view bytes) = 0;
+    // The whole file, or nothing when it cannot be read.
+    virtual std::optional<std::string> ReadFile(const std::string& path) = 0;
     virtual bool RemoveFile(const std::string& path) = 0;
 };
 
@@ -34,6 +36,7 @@ class DiskFileSystem final : public FileSystem {
     std::vector<std::string> FileNames(const std::string& folder) override;
     std::optional<std::uint64_t> FileSize(const std::string& path) override;
     bool WriteFile(const std::string& path, std::string_view bytes) override;
+    std::optional<std::string> ReadFile(const std::string& path) override;
     bool RemoveFile(const std::string& path) override;
 };
 

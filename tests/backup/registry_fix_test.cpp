@@ -55,6 +55,39 @@ TEST(RegistryFix, AVanishedKeyComesBackEmptyAndAnUnknownRootChangesNothing) {
     EXPECT_EQ(registry.OpenHandleCount(), 0u);
 }
 
+TEST(RegistryFix, ADeletionThatMustNotCreateTheKeySaysWhyItWasRefused) {
+    MemoryRegistry registry;
+    PutString(registry, kHkeyCurrentUser, "Software\\Foo", "Bar", "C:\\bar.exe");
+    PutString(registry, kHkeyLocalMachine, "Software\\Locked", "Bar", "C:\\bar.exe");
+    PutString(registry, kHkeyLocalMachine, "Software\\Guarded", "Bar", "C:\\bar.exe");
+    registry.DenyFullAccess(kHkeyLocalMachine, "Software\\Locked");
+    registry.DenyValueDeletion(kHkeyLocalMachine, "Software\\Guarded");
+    const struct {
+        RootKeyHandle root;
+        std::string path;
+        std::string refused;  // empty: deleted
+    } cases[] = {
+        {kHkeyCurrentUser, "Software\\Foo\\Bar", ""},
+        {kHkeyCurrentUser, "Software\\Foo\\Bar", "already gone"},
+        {kHkeyCurrentUser, "Software\\Gone\\Bar", "key missing"},
+        {kHkeyLocalMachine, "Software\\Locked\\Bar", "access denied"},
+        {kHkeyLocalMachine, "Software\\Guarded\\Bar", "access denied"},
+        {RootKeyFromName("HKEY_ALL"), "A\\b", "error 6"},
+    };
+    for (const auto& c : cases) {
+        const ValueDeletion deletion =
+            DeleteExistingValuePath(registry, c.root, c.path, reg::kKeyAllAccess);
+        EXPECT_EQ(deletion.Deleted(), c.refused.empty()) << c.path;
+        if (!deletion.Deleted()) {
+            EXPECT_EQ(RefusalReason(deletion), c.refused) << c.path;
+        }
+    }
+    EXPECT_FALSE(HasKey(registry, kHkeyCurrentUser, "Software\\Gone"));
+    EXPECT_TRUE(HasValue(registry, kHkeyLocalMachine, "Software\\Locked", "Bar"));
+    EXPECT_TRUE(HasValue(registry, kHkeyLocalMachine, "Software\\Guarded", "Bar"));
+    EXPECT_EQ(registry.OpenHandleCount(), 0u);
+}
+
 TEST(RegistryFix, APathWithoutABackslashIsARunTimeError) {
     MemoryRegistry registry;
     PutString(registry, kHkeyCurrentUser, "", "Top", "C:\\x.exe");

@@ -54,6 +54,13 @@ class MemoryFileSystem final : public system::FileSystem {
         files[path] = std::string(bytes);
         return true;
     }
+    std::optional<std::string> ReadFile(const std::string& path) override {
+        const auto it = files.find(path);
+        if (it == files.end() || locked.count(path) != 0) {
+            return std::nullopt;
+        }
+        return it->second;
+    }
     bool RemoveFile(const std::string& path) override {
         if (locked.count(path) != 0) {
             return false;
@@ -74,7 +81,7 @@ class RecordingProcesses final : public system::ProcessLauncher {
         if (on_run) {
             on_run(command_line);
         }
-        return 0;
+        return exit_code;
     }
     bool Start(const std::string& command_line) override {
         started.push_back(command_line);
@@ -84,6 +91,7 @@ class RecordingProcesses final : public system::ProcessLauncher {
     std::vector<std::string> waited;
     std::vector<std::string> started;
     bool can_start = true;
+    std::uint32_t exit_code = 0;
     std::function<void(const std::string&)> on_run;
 };
 
