@@ -36,7 +36,7 @@ MissingFileSearch::MissingFileSearch(system::FileSystem& files, std::string_view
         named_.emplace_back(missing_path.substr(0, slash));
     }
     named_.erase(std::unique(named_.begin(), named_.end()), named_.end());
-    pending_.push_back(drive_root_);
+    roots_.assign(named_.rbegin(), named_.rend());
 }
 
 bool MissingFileSearch::Step() {
@@ -52,10 +52,14 @@ bool MissingFileSearch::Step() {
         }
         return true;
     }
+    if (pending_.empty()) {
+        walked_roots_.insert(text::UpperCase(roots_[next_root_]));
+        pending_.push_back(roots_[next_root_++]);
+    }
     folder_ = pending_.back();
     pending_.pop_back();
     Search(folder_, true);
-    if (pending_.empty()) {
+    if (pending_.empty() && next_root_ == roots_.size()) {
         phase_ = Phase::kDone;
     }
     return true;
@@ -84,7 +88,8 @@ void MissingFileSearch::Search(const std::string& folder, bool enter_subfolders)
               });
     for (const std::string& sub : listing.folders) {
         std::string path = Join(folder, sub);
-        if (path.size() <= kMostSearchedPathBytes) {
+        if (path.size() <= kMostSearchedPathBytes &&
+            walked_roots_.count(text::UpperCase(path)) == 0) {
             pending_.push_back(std::move(path));
         }
     }

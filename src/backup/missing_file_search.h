@@ -1,9 +1,10 @@
 #pragma once
 // The search for a file that a finding names but that is not where the value says: first
 // in the folders of its path, from the nearest up to the drive's root, then anywhere on
-// that drive, for files of the same name in any case. The search is taken one folder at
-// a time, so that the window that runs it can let the user act (Stop) between steps on
-// its one thread.
+// that drive, for files of the same name in any case. The drive is walked from the same
+// folders outwards, the nearest first, as a file that was moved seldom went far. The search is
+// taken one folder at a time, so that the window that runs it can let the user act (Stop) between
+// steps on its one thread.
 
 #include <cstddef>
 #include <cstdint>
@@ -60,7 +61,12 @@ class MissingFileSearch {
     bool stopped_ = false;
     // The path's own folders, nearest last, taken from the back.
     std::vector<std::string> named_;
-    // The drive's folders still to look in, taken from the back (depth first).
+    // The same folders, nearest first, each the root of one part of the drive's walk; and
+    // the upper-cased ones begun, which the walks further out leave out.
+    std::vector<std::string> roots_;
+    std::size_t next_root_ = 0;
+    std::set<std::string> walked_roots_;
+    // The folders of the present part still to look in, taken from the back (depth first).
     std::vector<std::string> pending_;
     std::string drive_root_;
     std::string folder_;

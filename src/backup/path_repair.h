@@ -70,8 +70,8 @@ struct PathRepairResult {
 // Where the backup goes.
 struct BackupTarget {
     system::FileSystem& files;
-    std::string_view program_folder;
-    std::string_view date_text;
+    std::string program_folder;
+    std::string date_text;
     const text::AnsiCodePage& code_page;
 };
 

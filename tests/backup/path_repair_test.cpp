@@ -182,9 +182,11 @@ TEST(MissingFileSearch, LooksUpThePathThenWalksTheDriveOneFolderAStep) {
     while (search.Step()) {
         looked_in.push_back(search.folder());
     }
-    EXPECT_EQ(looked_in, (std::vector<std::string>{"C:\\A\\B\\Gone", "C:\\A\\B", "C:\\A", "C:\\",
-                                                   "C:\\", "C:\\A", "C:\\A\\B", "C:\\A\\Z",
-                                                   "C:\\Other", "C:\\Other\\Deep"}));
+    EXPECT_EQ(looked_in,
+              (std::vector<std::string>{"C:\\A\\B\\Gone", "C:\\A\\B", "C:\\A", "C:\\",
+                                        // Then the drive, from the nearest folder outwards.
+                                        "C:\\A\\B\\Gone", "C:\\A\\B", "C:\\A", "C:\\A\\Z", "C:\\",
+                                        "C:\\Other", "C:\\Other\\Deep"}));
     std::vector<std::string> found;
     for (const FoundFile& file : search.found()) {
         found.push_back(file.path);
@@ -194,12 +196,6 @@ TEST(MissingFileSearch, LooksUpThePathThenWalksTheDriveOneFolderAStep) {
     EXPECT_EQ(search.found()[0].size, 4u);
     EXPECT_EQ(search.found()[0].modified, 1370275506);
     EXPECT_EQ(search.phase(), MissingFileSearch::Phase::kDone);
-
-    MissingFileSearch stopped(disk, "C:\\A\\B\\Gone\\tool.exe");
-    stopped.Step();
-    stopped.Stop();
-    EXPECT_FALSE(stopped.Step());
-    EXPECT_EQ(stopped.folders_searched(), 1u);
 }
 
 }  // namespace
