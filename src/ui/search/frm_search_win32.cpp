@@ -356,9 +356,17 @@ LRESULT Win32SearchWindow::HandleMessage(HWND window, UINT message, WPARAM wpara
             return 0;
         case WM_NOTIFY:
             if (live) {
+                // While the search runs, the keys go to the list without the dialog
+                // manager: Enter and Escape are taken here then.
                 const auto* notification = reinterpret_cast<const NMHDR*>(lparam);
-                if (notification->idFrom == kIdSearchFound && notification->code == NM_DBLCLK) {
+                if (notification->idFrom != kIdSearchFound) {
+                    return 0;
+                }
+                if (notification->code == NM_DBLCLK || notification->code == NM_RETURN) {
                     RunHandler(&frmSearch::cmdUse_Click);
+                } else if (notification->code == LVN_KEYDOWN &&
+                           reinterpret_cast<const NMLVKEYDOWN*>(lparam)->wVKey == VK_ESCAPE) {
+                    RunHandler(&frmSearch::cmdCancel_Click);
                 }
             }
             return 0;
