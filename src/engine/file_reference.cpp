@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <vector>
 
 #include "text/char_set.h"
 #include "text/upper_case.h"
@@ -85,17 +86,14 @@ std::string GetFileExt(std::string_view path) {
     return std::string(FileExt(path));
 }
 
-std::string ValidatePath(std::string_view text, std::string_view scan_drive) {
-    std::string s = text::UpperCase(text);
-
-    // A text that does not name the scanned drive ends up rejected below.
-    std::size_t drive = s.find(scan_drive);
-    if (drive == std::string::npos) {
-        s = std::string(scan_drive);
-        drive = 0;
+std::optional<PathCut> CutReferencedPath(std::string_view upper_text, std::string_view scan_drive) {
+    // A text that does not name the scanned drive is never accepted.
+    const std::size_t drive = upper_text.find(scan_drive);
+    if (drive == std::string_view::npos) {
+        return std::nullopt;
     }
     // Quotes, program names and whatever else stands before the drive go.
-    s.erase(0, drive);
+    std::string s(upper_text.substr(drive));
 
     // The path as rebuilt from the whole text; the cuts below must arrive at it. The text
     // is upper case already, and so are its pieces.
@@ -116,15 +114,67 @@ std::string ValidatePath(std::string_view text, std::string_view scan_drive) {
     if (s.find(':', 2) != std::string::npos) {
         s.erase(s.find(':'));
     }
+    const std::size_t cut_length = s.size();
     // Only "%1" goes; a blank before it stays.
     for (std::size_t at = s.find("%1"); at != std::string::npos; at = s.find("%1", at)) {
         s.erase(at, 2);
     }
 
     if (s != expected) {
-        return std::string(kRejected);
+        return std::nullopt;
     }
-    return s;
+    return PathCut{drive, cut_length, std::move(s)};
+}
+
+std::string ValidatePath(std::string_view text, std::string_view scan_drive) {
+    std::optional<PathCut> cut = CutReferencedPath(text::UpperCase(text), scan_drive);
+    return cut ? std::move(cut->path) : std::string(kRejected);
+}
+
+std::optional<TextSpan> ReferencedPathSpan(std::string_view text, std::string_view scan_drive) {
+    // The cut is made in the upper-cased text; a few letters change their length in
+    // bytes when upper-cased, so every boundary is carried back character by character.
+    std::string upper;
+    std::vector<std::size_t> original_at;  // per byte of `upper`, where its character starts
+    upper.reserve(text.size());
+    original_at.reserve(text.size() + 1);
+    for (std::size_t pos = 0; pos < text.size();) {
+        const std::size_t start = pos;
+        const char32_t code_point = text::DecodeUtf8(text, pos);
+        std::string one;
+        if (code_point == text::kReplacementCharacter) {
+            one.assign(text.substr(start, pos - start));
+        } else {
+            text::AppendUtf8(one, text::UpperCaseCodePoint(code_point));
+        }
+        upper += one;
+        original_at.insert(original_at.end(), one.size(), start);
+    }
+    original_at.push_back(text.size());
+    if (upper != text::UpperCase(text)) {
+        // Upper-cased other than one character at a time: no boundary can be trusted.
+        return std::nullopt;
+    }
+    const std::optional<PathCut> cut = CutReferencedPath(upper, scan_drive);
+    if (!cut) {
+        return std::nullopt;
+    }
+    // What "%1" took away can only have stood at the end of the path: anything else would
+    // not have rebuilt the same path.
+    std::string_view kept(upper);
+    kept = kept.substr(cut->start, cut->length);
+    if (kept.substr(0, cut->path.size()) != cut->path) {
+        return std::nullopt;
+    }
+    for (std::string_view rest = kept.substr(cut->path.size()); !rest.empty();
+         rest.remove_prefix(2)) {
+        if (rest.substr(0, 2) != "%1") {
+            return std::nullopt;
+        }
+    }
+    const std::size_t begin = original_at[cut->start];
+    const std::size_t end = original_at[cut->start + cut->path.size()];
+    return TextSpan{begin, end - begin};
 }
 
 }  // namespace regvex

@@ -1,3 +1,4 @@
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -66,6 +67,35 @@ std::optional<std::string> DiskFileSystem::ReadFile(const std::string& path) {
 bool DiskFileSystem::RemoveFile(const std::string& path) {
     std::error_code error;
     return fs::remove(text::PathFromUtf8(path), error) && !error;
+}
+
+FileSystem::Listing DiskFileSystem::ListFolder(const std::string& folder) {
+    Listing listing;
+    std::error_code error;
+    for (fs::directory_iterator it(text::PathFromUtf8(folder), error), end; !error && it != end;
+         it.increment(error)) {
+        std::error_code kind_error;
+        const fs::file_status status = it->symlink_status(kind_error);
+        if (kind_error) {
+            continue;
+        }
+        if (fs::is_directory(status)) {
+            listing.folders.push_back(text::Utf8FromPath(it->path().filename()));
+        } else if (fs::is_regular_file(status)) {
+            listing.files.push_back(text::Utf8FromPath(it->path().filename()));
+        }
+    }
+    return listing;
+}
+
+std::optional<std::int64_t> DiskFileSystem::ModifiedTime(const std::string& path) {
+    std::error_code error;
+    const fs::file_time_type written = fs::last_write_time(text::PathFromUtf8(path), error);
+    if (error) {
+        return std::nullopt;
+    }
+    const auto since_epoch = std::chrono::file_clock::to_sys(written).time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::seconds>(since_epoch).count();
 }
 
 }  // namespace regvex::system

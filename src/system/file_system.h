@@ -27,6 +27,20 @@ class FileSystem {
     // The whole file, or nothing when it cannot be read.
     virtual std::optional<std::string> ReadFile(const std::string& path) = 0;
     virtual bool RemoveFile(const std::string& path) = 0;
+
+    // The names, without folder, of the files and of the folders in `folder`, in no
+    // order. A folder that only links to another place is left out, so that a walk of
+    // a drive sees each folder once and ends.
+    struct Listing {
+        std::vector<std::string> files;
+        std::vector<std::string> folders;
+    };
+    virtual Listing ListFolder(const std::string& folder) { return {FileNames(folder), {}}; }
+    // When the file was last written, in seconds since 1 January 1970 (UTC).
+    virtual std::optional<std::int64_t> ModifiedTime(const std::string& path) {
+        (void)path;
+        return std::nullopt;
+    }
 };
 
 class DiskFileSystem final : public FileSystem {
@@ -38,6 +52,8 @@ class DiskFileSystem final : public FileSystem {
     bool WriteFile(const std::string& path, std::string_view bytes) override;
     std::optional<std::string> ReadFile(const std::string& path) override;
     bool RemoveFile(const std::string& path) override;
+    Listing ListFolder(const std::string& folder) override;
+    std::optional<std::int64_t> ModifiedTime(const std::string& path) override;
 };
 
 }  // namespace regvex::system

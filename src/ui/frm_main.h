@@ -21,6 +21,7 @@
 #include "ui/base/program_state.h"
 #include "ui/base/services.h"
 #include "ui/ignore/ignore_window.h"
+#include "ui/search/frm_search.h"
 
 namespace regvex::ui {
 
@@ -85,6 +86,8 @@ class MainView {
     virtual void ScanPaused() = 0;
     // Shows every change held back, and later ones as they come, until the next pause.
     virtual void ShowHeldBack() = 0;
+    // The search for a finding's missing file, modal; returns when its window has closed.
+    virtual void ShowSearch(search::MissingFile missing) { (void)missing; }
 };
 
 struct MainServices {
@@ -143,6 +146,8 @@ class frmMain final : private SearchHost, private SearchEvents {
     void Command2_Click();
     void View_Backup_Click();
     void Regedit_View_Click();
+    // The search for a missing file (frm_main_search.cpp).
+    void mnuSearch_Click();
 
     bool SafeScan() const { return bSafeScan_; }
 
@@ -177,6 +182,9 @@ class frmMain final : private SearchHost, private SearchEvents {
     void ShowHelp();
     int Message(std::string_view prompt, int style, std::string_view title);
     bool EnsureBackupsFolder();
+    // Puts `new_path` in the place of the missing file of row `row`; false when refused.
+    bool UseFoundFile(int row, const std::string& sub_key, const std::string& old_path,
+                      const std::string& new_path);
 
     MainControls c_;
     MainServices s_;

@@ -79,6 +79,9 @@ void MainWindow::OnCommand(int id, int code) {
         case kMenuFix:
             form_->mnuFix_Click();
             break;
+        case kMenuSearch:
+            form_->mnuSearch_Click();
+            break;
         case kMenuRegeditView:
             form_->Regedit_View_Click();
             break;

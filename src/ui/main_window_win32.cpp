@@ -308,6 +308,15 @@ void MainWindow::ShowAbout() {
     about_->ShowModal(hwnd());
 }
 
+void MainWindow::ShowSearch(search::MissingFile missing) {
+    if (!search_) {
+        search_ =
+            std::make_unique<search::Win32SearchWindow>(search::Win32SearchWindow::Dependencies{
+                services_.dialogs, state_.theme, services_.disk, services_.pump});
+    }
+    search_->ShowModal(hwnd(), std::move(missing));
+}
+
 void MainWindow::ScanPaused() {
     const auto now = Pace::Clock::now();
     form_window_.caption().AtPause(now);

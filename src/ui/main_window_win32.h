@@ -16,6 +16,7 @@
 #include "ui/check_list_control_win32.h"
 #include "ui/frm_main.h"
 #include "ui/main_menus_win32.h"
+#include "ui/search/frm_search_win32.h"
 #include "ui/taskpane/task_pane_win32.h"
 
 namespace regvex::ui {
@@ -66,6 +67,7 @@ class MainWindow final : public MainView, public WindowImpl {
     void Close() override;
     void ScanPaused() override;
     void ShowHeldBack() override;
+    void ShowSearch(search::MissingFile missing) override;
 
   private:
     LRESULT HandleMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) override;
@@ -101,6 +103,7 @@ class MainWindow final : public MainView, public WindowImpl {
 
     std::unique_ptr<frmMain> form_;
     std::unique_ptr<about::Win32AboutBox> about_;
+    std::unique_ptr<search::Win32SearchWindow> search_;
 };
 
 }  // namespace regvex::ui

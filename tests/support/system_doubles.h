@@ -68,7 +68,33 @@ class MemoryFileSystem final : public system::FileSystem {
         return files.erase(path) != 0;
     }
 
+    // Folders are listed as named in `folders`; the drive's root is "C:\".
+    Listing ListFolder(const std::string& folder) override {
+        Listing listing;
+        const std::string prefix = folder.ends_with('\\') ? folder : folder + "\\";
+        const auto direct = [&](const std::string& path) {
+            return path.size() > prefix.size() && path.compare(0, prefix.size(), prefix) == 0 &&
+                   path.find('\\', prefix.size()) == std::string::npos;
+        };
+        for (const auto& [path, bytes] : files) {
+            if (direct(path)) {
+                listing.files.push_back(path.substr(prefix.size()));
+            }
+        }
+        for (const std::string& path : folders) {
+            if (direct(path)) {
+                listing.folders.push_back(path.substr(prefix.size()));
+            }
+        }
+        return listing;
+    }
+    std::optional<std::int64_t> ModifiedTime(const std::string& path) override {
+        const auto it = modified.find(path);
+        return it != modified.end() ? std::optional<std::int64_t>(it->second) : std::nullopt;
+    }
+
     std::map<std::string, std::string> files;
+    std::map<std::string, std::int64_t> modified;
     std::set<std::string> folders;
     std::set<std::string> locked;
     bool can_create_folders = true;

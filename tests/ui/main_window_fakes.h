@@ -105,6 +105,9 @@ class RecordingView final : public ui::MainView {
     void Close() override { calls.push_back("close"); }
     void ScanPaused() override { ++pauses; }
     void ShowHeldBack() override { calls.push_back("show held back"); }
+    void ShowSearch(ui::search::MissingFile missing) override {
+        searches.push_back(std::move(missing));
+    }
 
     struct Scale {
         double rx, ry;
@@ -114,6 +117,7 @@ class RecordingView final : public ui::MainView {
     std::vector<ui::TaskPaneGroup> pane;
     std::vector<Scale> scales;
     int pauses = 0;
+    std::vector<ui::search::MissingFile> searches;
 };
 
 // The main window's controls in memory, as the form designer left them.
