@@ -85,12 +85,19 @@ std::string GetFileExt(std::string_view path) {
     return std::string(FileExt(path));
 }
 
-std::string ValidatePath(std::string_view text, std::string_view scan_drive) {
-    std::string s = text::UpperCase(text);
+namespace {
+
+// The rules themselves, for ValidatePath and ExtractPath alike. `s` is left as the cuts
+// left it, "%1" removed; `drive` is where the drive stands in the upper-cased text and
+// `kept` how many of its bytes from there the cuts kept.
+void CutToPath(std::string_view text, std::string_view scan_drive, std::string& s,
+               std::string& expected, std::size_t& drive, std::size_t& kept, bool& names_drive) {
+    s = text::UpperCase(text);
 
     // A text that does not name the scanned drive ends up rejected below.
-    std::size_t drive = s.find(scan_drive);
-    if (drive == std::string::npos) {
+    drive = s.find(scan_drive);
+    names_drive = drive != std::string::npos;
+    if (!names_drive) {
         s = std::string(scan_drive);
         drive = 0;
     }
@@ -102,7 +109,7 @@ std::string ValidatePath(std::string_view text, std::string_view scan_drive) {
     const std::string_view dir = FileDir(s);
     const std::string_view title = FileTitle(s);
     const std::string_view ext = FileExt(s);
-    std::string expected;
+    expected.clear();
     expected.reserve(dir.size() + title.size() + 1 + ext.size());
     expected.append(dir).append(title).append(".").append(ext);
 
@@ -116,15 +123,41 @@ std::string ValidatePath(std::string_view text, std::string_view scan_drive) {
     if (s.find(':', 2) != std::string::npos) {
         s.erase(s.find(':'));
     }
+    kept = s.size();
     // Only "%1" goes; a blank before it stays.
     for (std::size_t at = s.find("%1"); at != std::string::npos; at = s.find("%1", at)) {
         s.erase(at, 2);
     }
+}
 
+}  // namespace
+
+std::string ValidatePath(std::string_view text, std::string_view scan_drive) {
+    std::string s;
+    std::string expected;
+    std::size_t drive = 0;
+    std::size_t kept = 0;
+    bool names_drive = false;
+    CutToPath(text, scan_drive, s, expected, drive, kept, names_drive);
     if (s != expected) {
         return std::string(kRejected);
     }
     return s;
+}
+
+PathExtraction ExtractPath(std::string_view text, std::string_view scan_drive) {
+    PathExtraction out;
+    std::size_t drive = 0;
+    std::size_t kept = 0;
+    CutToPath(text, scan_drive, out.cut, out.expected, drive, kept, out.names_drive);
+    out.path = out.cut == out.expected ? out.cut : std::string(kRejected);
+    if (out.names_drive) {
+        // Upper-casing can change a character's length in bytes, so the places found in
+        // the upper-cased text are carried back to the text as given.
+        out.start = text::OffsetBeforeUpperCase(text, drive);
+        out.length = text::OffsetBeforeUpperCase(text, drive + kept) - out.start;
+    }
+    return out;
 }
 
 }  // namespace regvex
