@@ -308,6 +308,14 @@ void MainWindow::ShowAbout() {
     about_->ShowModal(hwnd());
 }
 
+void MainWindow::ShowInfo(const std::string& explanation) {
+    if (!info_) {
+        info_ = std::make_unique<info::Win32InfoBox>(info::Win32InfoBox::Dependencies{
+            services_.dialogs, state_.theme, [this] { SetActiveWindow(hwnd()); }});
+    }
+    info_->ShowModal(hwnd(), explanation);
+}
+
 void MainWindow::ScanPaused() {
     const ULONGLONG now = GetTickCount64();
     form_window_.caption().AtPause(now);
