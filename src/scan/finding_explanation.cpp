@@ -183,14 +183,16 @@ void AddIgnore(Lines& lines, const FindingExplanation& e, std::size_t entries) {
 }
 
 std::string VerdictText(const FindingVerdict& verdict, const PathExtraction& extraction) {
+    // A file called "Rejected" in the current folder answers the scan's look-up of a text
+    // without a path; that it "exists" explains nothing.
+    if (extraction.path == kRejected) {
+        return "not listed: no file path could be read from the data";
+    }
     if (verdict.exists) {
         return "not listed: the file exists";
     }
     if (verdict.ignored) {
         return "not listed: an ignore entry covers it";
-    }
-    if (extraction.path == kRejected) {
-        return "not listed: no file path could be read from the data";
     }
     return "listed as \"Invalid Entry\": the file is missing and no ignore entry covers it";
 }

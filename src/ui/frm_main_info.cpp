@@ -1,6 +1,11 @@
 // "Info On This Item": the selected finding explained, from the value as the registry
 // holds it now, by the same rules the scan applied.
 
+#include <exception>
+#include <span>
+#include <string>
+#include <utility>
+
 #include "scan/finding_explanation.h"
 #include "ui/base/program_version.h"
 #include "ui/frm_main.h"
