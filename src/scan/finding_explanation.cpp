@@ -297,7 +297,11 @@ std::string ExplanationText(const FindingExplanation& e,
                             : text::Concat({drive, " (", lines.Shown(e.drive_note), ")"}));
     AddExistence(lines, e, drive);
     AddIgnore(lines, e, e.ignore_entry_count);
-    lines.Add("Verdict:", VerdictText(e.verdict, e.extraction));
+    // A value that is gone (fixed, say) is judged by the data the scan saw.
+    lines.Add("Verdict:", v.read_status == reg::kSuccess
+                              ? VerdictText(e.verdict, e.extraction)
+                              : text::Concat({"by the data the scan saw, ",
+                                              VerdictText(e.verdict, e.extraction)}));
     return lines.Take();
 }
 

@@ -92,7 +92,8 @@ TEST(FindingExplanation, SaysWhyAValueIsOrIsNotListed) {
         {"gone",
          {"Type:        unknown: the value could not be read again (error 2: it is no longer "
           "there)",
-          "Data:        as listed"}},
+          "Data:        as listed",
+          "Verdict:     by the data the scan saw, not listed: no file path could be read"}},
     };
     for (const auto& c : cases) {
         const std::string text = Explain(registry, files, c.name, {"OLDAPP"});
