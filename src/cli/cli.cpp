@@ -13,7 +13,7 @@ namespace {
 
 constexpr const char* kUsageTemplate =
     "usage: regvexlor-cli scan --drive C: [SOURCE] [--map C:=DIR]... [--ignore FILE]\n"
-    "                          [--format tsv|json]\n"
+    "                          [--format tsv|json | --explain]\n"
     "       regvexlor-cli export [SOURCE] [--key ROOT\\PATH] [--out FILE]\n"
     "       regvexlor-cli fix --drive C: [SOURCE] [--only TEXT] [--ignore FILE] [--map C:=DIR]...\n"
     "                         [--backups DIR] [--dry-run]\n"
@@ -32,6 +32,9 @@ constexpr const char* kUsageTemplate =
     "\n"
     "  --format json         one JSON object per finding (root, key, value, type, data,\n"
     "                        file, exists), then one with the count and why it stopped\n"
+    "  --explain             for each finding, why it is one: its type and data, the file\n"
+    "                        path read from the data and where from, how the file was\n"
+    "                        looked for, and what the ignore list does with it\n"
     "\n"
     "  SOURCE, without which the live registry is scanned, is one kind of:\n"
     "%SOURCES%"

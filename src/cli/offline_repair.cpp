@@ -97,7 +97,8 @@ bool ParseRepairOptions(std::vector<std::string> args, RepairOptions& options, s
             scan_args.push_back(args[i]);
         }
     }
-    if (!ParseScanOptions(scan_args, options.scan, error)) {
+    if (!ParseScanOptions(scan_args, options.scan, error) ||
+        !FixTakesScanOptions(options.scan, error)) {
         return false;
     }
     if (!options.scan.help && !OnRegistryFiles(options.scan.sources)) {

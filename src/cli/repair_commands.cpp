@@ -163,7 +163,7 @@ int RunFix(const std::vector<std::string>& args, std::ostream& out, std::ostream
     }
     ScanOptions options;
     std::string error;
-    if (!ParseScanOptions(scan_args, options, error)) {
+    if (!ParseScanOptions(scan_args, options, error) || !FixTakesScanOptions(options, error)) {
         err << "regvexlor-cli: " << error << "\n";
         return kExitUsage;
     }

@@ -19,7 +19,9 @@
 #include "engine/file_reference.h"
 #include "engine/memory_registry.h"
 #include "engine/reg_search.h"
+#include "engine/value_data_text.h"
 #include "ignore/ignore_list.h"
+#include "scan/finding_explanation.h"
 #include "scan/finding_verdict.h"
 #include "text/utf8_path.h"
 
@@ -50,22 +52,6 @@ bool ParseDrive(const std::string& text, char& drive) {
     return true;
 }
 
-const char* TypeName(std::uint32_t type) {
-    static const char* const kNames[] = {"REG_NONE",
-                                         "REG_SZ",
-                                         "REG_EXPAND_SZ",
-                                         "REG_BINARY",
-                                         "REG_DWORD",
-                                         "REG_DWORD_BIG_ENDIAN",
-                                         "REG_LINK",
-                                         "REG_MULTI_SZ",
-                                         "REG_RESOURCE_LIST",
-                                         "REG_FULL_RESOURCE_DESCRIPTOR",
-                                         "REG_RESOURCE_REQUIREMENTS_LIST",
-                                         "REG_QWORD"};
-    return type < std::size(kNames) ? kNames[type] : nullptr;
-}
-
 // One finding as a JSON object. The key and the value name are parted at the last
 // backslash, as Fix parts them; a key-name match has no value and no type.
 std::string FindingJson(Registry& registry, std::string_view root, std::string_view key,
@@ -83,8 +69,8 @@ std::string FindingJson(Registry& registry, std::string_view root, std::string_v
         if (ScopedKey::Open(registry, RootKeyFromName(root), subkey, reg::kKeyRead, opened) ==
                 reg::kSuccess &&
             registry.QueryValue(opened.get(), name, number, bytes) == reg::kSuccess) {
-            const char* type_name = TypeName(number);
-            type = type_name != nullptr ? JsonString(type_name) : std::to_string(number);
+            const std::string_view type_name = ValueTypeName(number);
+            type = !type_name.empty() ? JsonString(type_name) : std::to_string(number);
         }
     }
     std::string line = "{\"root\":" + JsonString(root) + ",\"key\":" + JsonString(subkey);
@@ -123,6 +109,13 @@ class CliScanEvents final : public SearchEvents {
     // Findings as JSON objects; the registry tells each value's type.
     void WriteJson(Registry& registry) { json_registry_ = &registry; }
 
+    // Findings explained in words instead of one line each.
+    void Explain(Registry& registry, const scan::ExplainContext& context, AccessMask access) {
+        explain_registry_ = &registry;
+        explain_context_ = &context;
+        explain_access_ = access;
+    }
+
     // Values found are also kept, their key and name apart.
     void KeepValues(std::vector<FoundValue>& found) { found_ = &found; }
 
@@ -138,7 +131,9 @@ class CliScanEvents final : public SearchEvents {
             if (interactive_) {
                 progress_.Clear();
             }
-            if (json_registry_ != nullptr) {
+            if (explain_registry_ != nullptr) {
+                WriteExplanation(sRootKey, sKey, sValue);
+            } else if (json_registry_ != nullptr) {
                 *out_ << FindingJson(*json_registry_, sRootKey, sKey, sValue, lFound,
                                      rules_.scan_drive)
                       << '\n';
@@ -170,6 +165,20 @@ class CliScanEvents final : public SearchEvents {
     FinishReason reason() const { return reason_; }
 
   private:
+    void WriteExplanation(std::string_view sRootKey, std::string_view sKey,
+                          std::string_view sValue) {
+        std::string key;
+        std::string name;
+        scan::SplitFoundKey(sKey, search_ != nullptr ? search_->FoundKeyPath() : "", key, name);
+        const scan::FindingExplanation explanation = scan::ExplainFinding(
+            scan::ReadValueToExplain(*explain_registry_, explain_access_, std::string(sRootKey),
+                                     std::move(key), std::move(name), std::string(sValue)),
+            *explain_context_);
+        *out_ << (count_ == 0 ? "" : "\n")
+              << scan::ExplanationText(explanation,
+                                       [](std::string_view text) { return VisibleText(text); });
+    }
+
     const scan::FindingRules& rules_;
     std::ostream* out_;
     std::vector<backup::BackupRow>* kept_;
@@ -178,6 +187,9 @@ class CliScanEvents final : public SearchEvents {
     cRegSearch* search_ = nullptr;
     std::vector<FoundValue>* found_ = nullptr;
     Registry* json_registry_ = nullptr;
+    Registry* explain_registry_ = nullptr;
+    const scan::ExplainContext* explain_context_ = nullptr;
+    AccessMask explain_access_ = 0;
     std::size_t count_ = 0;
     FinishReason reason_ = FinishReason::kFinished;
 };
@@ -194,8 +206,10 @@ class CachingSystemFiles final : public FileExistence {
     CachingFileExistence answers_;
 };
 
+// `drive_note` tells what folder stands for the scanned drive, when one does.
 std::unique_ptr<FileExistence> ChooseFiles(const ScanOptions& options, const OpenedSource* source,
-                                           std::ostream& err, CliPlatform& platform) {
+                                           std::ostream& err, CliPlatform& platform,
+                                           std::string& drive_note) {
     const char drive = options.scan_drive[0];
     auto map = std::make_unique<DriveMapFileExistence>();
     for (const auto& [letter, folder] : options.drive_folders) {
@@ -206,12 +220,18 @@ std::unique_ptr<FileExistence> ChooseFiles(const ScanOptions& options, const Ope
             return nullptr;
         }
         map->Map(letter, text::PathFromUtf8(folder));
+        if (letter == drive) {
+            drive_note = "the folder " + folder;
+        }
     }
     // A partition or a prefix brings its own drives, unless a map says otherwise.
     if (source != nullptr) {
         for (const auto& [letter, folder] : source->drives) {
             if (!map->IsMapped(letter)) {
                 map->Map(letter, folder);
+                if (letter == drive) {
+                    drive_note = "the folder " + text::Utf8FromPath(folder);
+                }
             }
         }
     }
@@ -281,6 +301,10 @@ bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options
             options.help = true;
             return true;
         }
+        if (option == "--explain") {
+            options.explain = true;
+            continue;
+        }
         if (option != "--drive" && option != "--map" && option != "--ignore" &&
             option != "--format" && !IsSourceOption(option)) {
             error = "unknown option \"" + VisibleText(option) + "\"";
@@ -342,7 +366,19 @@ bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options
         error = "scan needs --drive";
         return false;
     }
+    if (options.explain && options.json) {
+        error = "--explain writes text; it cannot be combined with --format json";
+        return false;
+    }
     return CheckSourceOptions(options.sources, error);
+}
+
+bool FixTakesScanOptions(const ScanOptions& options, std::string& error) {
+    if (options.explain) {
+        error = "--explain belongs to scan: fix deletes, it does not explain";
+        return false;
+    }
+    return true;
 }
 
 namespace {
@@ -367,7 +403,8 @@ void ReportUnexamined(const UnexaminedCount& counted, std::ostream& err) {
 int Search(const ScanOptions& options, Registry& registry, const OpenedSource* source,
            std::ostream* out, std::vector<backup::BackupRow>* kept, std::ostream& err,
            CliPlatform& platform, std::vector<FoundValue>* found = nullptr) {
-    auto files = ChooseFiles(options, source, err, platform);
+    std::string drive_note;
+    auto files = ChooseFiles(options, source, err, platform, drive_note);
     if (!files) {
         return kExitUsage;
     }
@@ -392,6 +429,10 @@ int Search(const ScanOptions& options, Registry& registry, const OpenedSource* s
     }
     if (options.json) {
         events.WriteJson(registry);
+    }
+    const scan::ExplainContext explain{options.scan_drive, files.get(), ignore_entries, drive_note};
+    if (options.explain) {
+        events.Explain(registry, explain, platform.KeyAccessMask());
     }
     search.RootKey(kHkeyAll);
     search.SubKey("");

@@ -19,6 +19,7 @@ struct ScanOptions {
     std::vector<std::pair<char, std::string>> drive_folders;  // drive letter, folder
     std::string ignore_file;  // an ignore list, as the program keeps it; empty for none
     bool json = false;        // --format json: one object per finding
+    bool explain = false;     // --explain: why each finding is one, in words
     bool help = false;        // the usage was asked for; nothing else was read
 };
 
@@ -32,6 +33,9 @@ struct FoundValue {
 
 bool ParseScanOptions(const std::vector<std::string>& args, ScanOptions& options,
                       std::string& error);
+
+// False, with the reason, for the scan's options that fix has no use for.
+bool FixTakesScanOptions(const ScanOptions& options, std::string& error);
 
 int RunScan(const ScanOptions& options, std::ostream& out, std::ostream& err,
             CliPlatform& platform);

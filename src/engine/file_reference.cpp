@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <vector>
 
 #include "text/char_set.h"
 #include "text/upper_case.h"
@@ -86,21 +85,31 @@ std::string GetFileExt(std::string_view path) {
     return std::string(FileExt(path));
 }
 
-std::optional<PathCut> CutReferencedPath(std::string_view upper_text, std::string_view scan_drive) {
-    // A text that does not name the scanned drive is never accepted.
-    const std::size_t drive = upper_text.find(scan_drive);
-    if (drive == std::string_view::npos) {
-        return std::nullopt;
+namespace {
+
+// The rules themselves, for ValidatePath and ExtractPath alike. `s` is left as the cuts
+// left it, "%1" removed; `drive` is where the drive stands in the upper-cased text and
+// `kept` how many of its bytes from there the cuts kept.
+void CutToPath(std::string_view text, std::string_view scan_drive, std::string& s,
+               std::string& expected, std::size_t& drive, std::size_t& kept, bool& names_drive) {
+    s = text::UpperCase(text);
+
+    // A text that does not name the scanned drive ends up rejected below.
+    drive = s.find(scan_drive);
+    names_drive = drive != std::string::npos;
+    if (!names_drive) {
+        s = std::string(scan_drive);
+        drive = 0;
     }
     // Quotes, program names and whatever else stands before the drive go.
-    std::string s(upper_text.substr(drive));
+    s.erase(0, drive);
 
     // The path as rebuilt from the whole text; the cuts below must arrive at it. The text
     // is upper case already, and so are its pieces.
     const std::string_view dir = FileDir(s);
     const std::string_view title = FileTitle(s);
     const std::string_view ext = FileExt(s);
-    std::string expected;
+    expected.clear();
     expected.reserve(dir.size() + title.size() + 1 + ext.size());
     expected.append(dir).append(title).append(".").append(ext);
 
@@ -114,66 +123,69 @@ std::optional<PathCut> CutReferencedPath(std::string_view upper_text, std::strin
     if (s.find(':', 2) != std::string::npos) {
         s.erase(s.find(':'));
     }
-    const std::size_t cut_length = s.size();
+    kept = s.size();
     // Only "%1" goes; a blank before it stays.
     for (std::size_t at = s.find("%1"); at != std::string::npos; at = s.find("%1", at)) {
         s.erase(at, 2);
     }
-
-    if (s != expected) {
-        return std::nullopt;
-    }
-    return PathCut{drive, cut_length, std::move(s)};
 }
 
+}  // namespace
+
 std::string ValidatePath(std::string_view text, std::string_view scan_drive) {
-    std::optional<PathCut> cut = CutReferencedPath(text::UpperCase(text), scan_drive);
-    return cut ? std::move(cut->path) : std::string(kRejected);
+    std::string s;
+    std::string expected;
+    std::size_t drive = 0;
+    std::size_t kept = 0;
+    bool names_drive = false;
+    CutToPath(text, scan_drive, s, expected, drive, kept, names_drive);
+    if (s != expected) {
+        return std::string(kRejected);
+    }
+    return s;
+}
+
+PathExtraction ExtractPath(std::string_view text, std::string_view scan_drive) {
+    PathExtraction out;
+    std::size_t drive = 0;
+    std::size_t kept = 0;
+    CutToPath(text, scan_drive, out.cut, out.expected, drive, kept, out.names_drive);
+    out.path = out.cut == out.expected ? out.cut : std::string(kRejected);
+    if (out.names_drive) {
+        // Upper-casing can change a character's length in bytes, so the places found in
+        // the upper-cased text are carried back to the text as given.
+        out.start = text::OffsetBeforeUpperCase(text, drive);
+        out.length = text::OffsetBeforeUpperCase(text, drive + kept) - out.start;
+    }
+    return out;
 }
 
 std::optional<TextSpan> ReferencedPathSpan(std::string_view text, std::string_view scan_drive) {
-    // The cut is made in the upper-cased text; a few letters change their length in
-    // bytes when upper-cased, so every boundary is carried back character by character.
-    std::string upper;
-    std::vector<std::size_t> original_at;  // per byte of `upper`, where its character starts
-    upper.reserve(text.size());
-    original_at.reserve(text.size() + 1);
-    for (std::size_t pos = 0; pos < text.size();) {
-        const std::size_t start = pos;
-        const char32_t code_point = text::DecodeUtf8(text, pos);
-        std::string one;
-        if (code_point == text::kReplacementCharacter) {
-            one.assign(text.substr(start, pos - start));
-        } else {
-            text::AppendUtf8(one, text::UpperCaseCodePoint(code_point));
-        }
-        upper += one;
-        original_at.insert(original_at.end(), one.size(), start);
-    }
-    original_at.push_back(text.size());
-    if (upper != text::UpperCase(text)) {
-        // Upper-cased other than one character at a time: no boundary can be trusted.
+    std::string path;
+    std::string expected;
+    std::size_t drive = 0;
+    std::size_t kept = 0;
+    bool names_drive = false;
+    CutToPath(text, scan_drive, path, expected, drive, kept, names_drive);
+    if (!names_drive || path != expected) {
         return std::nullopt;
     }
-    const std::optional<PathCut> cut = CutReferencedPath(upper, scan_drive);
-    if (!cut) {
+    // What "%1" took away must have stood after the path: only then is the path one run
+    // of bytes of the text.
+    const std::string upper = text::UpperCase(text);
+    const std::string_view cut = std::string_view(upper).substr(drive, kept);
+    if (cut.substr(0, path.size()) != path) {
         return std::nullopt;
     }
-    // What "%1" took away can only have stood at the end of the path: anything else would
-    // not have rebuilt the same path.
-    std::string_view kept(upper);
-    kept = kept.substr(cut->start, cut->length);
-    if (kept.substr(0, cut->path.size()) != cut->path) {
-        return std::nullopt;
-    }
-    for (std::string_view rest = kept.substr(cut->path.size()); !rest.empty();
-         rest.remove_prefix(2)) {
+    for (std::string_view rest = cut.substr(path.size()); !rest.empty(); rest.remove_prefix(2)) {
         if (rest.substr(0, 2) != "%1") {
             return std::nullopt;
         }
     }
-    const std::size_t begin = original_at[cut->start];
-    const std::size_t end = original_at[cut->start + cut->path.size()];
+    // Upper-casing can change a character's length in bytes, so the places found in the
+    // upper-cased text are carried back to the text as given.
+    const std::size_t begin = text::OffsetBeforeUpperCase(text, drive);
+    const std::size_t end = text::OffsetBeforeUpperCase(text, drive + path.size());
     return TextSpan{begin, end - begin};
 }
 

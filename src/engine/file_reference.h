@@ -14,15 +14,22 @@ inline constexpr std::string_view kRejected = "Rejected";
 // `scan_drive` is the scanned drive's root in upper case, for example "C:\".
 std::string ValidatePath(std::string_view text, std::string_view scan_drive);
 
-// Where in the upper-cased text the accepted path was cut from: `length` bytes from
-// `start`, before "%1" was taken out of them; `path` is the answer of ValidatePath.
-struct PathCut {
+// ValidatePath's answer with how it was reached, for telling the user.
+struct PathExtraction {
+    std::string path;  // ValidatePath's answer: the path, or "Rejected"
+    bool names_drive = false;
+    // The part of the text (bytes of the text as given) that the cuts kept, from the
+    // drive on; "%1" that was dropped from it is inside.
     std::size_t start = 0;
     std::size_t length = 0;
-    std::string path;
+    // What the cuts kept, upper-cased and without "%1", and the path rebuilt from the
+    // folder, name and three-letter extension of everything from the drive on. The text
+    // is accepted when the two are equal.
+    std::string cut;
+    std::string expected;
 };
-// The rule of ValidatePath on a text that is upper case already; nothing for "Rejected".
-std::optional<PathCut> CutReferencedPath(std::string_view upper_text, std::string_view scan_drive);
+
+PathExtraction ExtractPath(std::string_view text, std::string_view scan_drive);
 
 // Bytes `length` from `start` of a text.
 struct TextSpan {
@@ -31,7 +38,7 @@ struct TextSpan {
 };
 // The bytes of `text` (as it stands, not upper-cased) that ValidatePath reads as the
 // path: replacing them replaces that path and nothing else. Nothing when the text is
-// rejected, or when the path cannot be pinned to one run of bytes.
+// rejected, or when "%1" was taken out of the path itself rather than after it.
 std::optional<TextSpan> ReferencedPathSpan(std::string_view text, std::string_view scan_drive);
 
 // Up to and including the last backslash; empty when there is none.

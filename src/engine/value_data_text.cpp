@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 
 #include "engine/registry.h"
 
@@ -66,6 +67,22 @@ std::string FormatHexWithZeroPattern(std::string_view hex) {
         digits.insert(0, 8 - digits.size(), '0');
     }
     return digits;
+}
+
+std::string_view ValueTypeName(std::uint32_t type) {
+    static constexpr std::string_view kNames[] = {"REG_NONE",
+                                                  "REG_SZ",
+                                                  "REG_EXPAND_SZ",
+                                                  "REG_BINARY",
+                                                  "REG_DWORD",
+                                                  "REG_DWORD_BIG_ENDIAN",
+                                                  "REG_LINK",
+                                                  "REG_MULTI_SZ",
+                                                  "REG_RESOURCE_LIST",
+                                                  "REG_FULL_RESOURCE_DESCRIPTOR",
+                                                  "REG_RESOURCE_REQUIREMENTS_LIST",
+                                                  "REG_QWORD"};
+    return type < std::size(kNames) ? kNames[type] : std::string_view();
 }
 
 ValueTextKind TextKindOf(std::uint32_t type) {

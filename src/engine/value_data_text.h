@@ -21,6 +21,10 @@ enum class ValueTextKind {
 
 ValueTextKind TextKindOf(std::uint32_t type);
 
+// The type's name as the registry's tools write it ("REG_SZ"); empty for a number that
+// no type is named by.
+std::string_view ValueTypeName(std::uint32_t type);
+
 // Every character that the upper-cased rendering of a binary or a number can hold. A
 // search text with any other character can never occur in them, so such data need not
 // be rendered to know that.

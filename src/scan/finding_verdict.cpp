@@ -34,10 +34,10 @@ bool HasKnownFileExtension(std::string_view path) {
     return false;
 }
 
-bool IsIgnored(std::span<const std::string> ignore_entries, std::string_view path,
-               std::string_view key) {
+const std::string* FindIgnoreEntry(std::span<const std::string> ignore_entries,
+                                   std::string_view path, std::string_view key) {
     if (ignore_entries.empty()) {
-        return false;
+        return nullptr;
     }
     // Only the path and key are upper-cased: an entry with lower-case letters matches
     // nothing. Entries are stored upper-cased, so in practice the match ignores case.
@@ -46,30 +46,49 @@ bool IsIgnored(std::span<const std::string> ignore_entries, std::string_view pat
     for (const std::string& entry : ignore_entries) {
         if (upper_path.find(entry) != std::string::npos ||
             upper_key.find(entry) != std::string::npos) {
-            return true;
+            return &entry;
         }
     }
-    return false;
+    return nullptr;
+}
+
+bool IsIgnored(std::span<const std::string> ignore_entries, std::string_view path,
+               std::string_view key) {
+    return FindIgnoreEntry(ignore_entries, path, key) != nullptr;
 }
 
 IgnoreEntries FixedIgnoreEntries(std::span<const std::string> entries) {
     return [entries] { return entries; };
 }
 
-bool IsListedFinding(const FindingRules& rules, std::string_view sKey, std::string_view sValue) {
-    const std::string path = ValidatePath(sValue, rules.scan_drive);
+FindingVerdict JudgeFinding(const FindingRules& rules, std::string_view sKey,
+                            std::string_view sValue) {
+    FindingVerdict verdict;
+    verdict.path = ValidatePath(sValue, rules.scan_drive);
     // "Rejected" is looked up too, as a file of that name in the current folder; it is
     // never listed either way.
-    if (PathExists(*rules.files, path)) {
-        return false;
+    verdict.exists = PathExists(*rules.files, verdict.path);
+    if (verdict.exists) {
+        return verdict;
     }
-    if (rules.ignore_entries && IsIgnored(rules.ignore_entries(), path, sKey)) {
-        return false;
+    if (rules.ignore_entries) {
+        if (const std::string* entry =
+                FindIgnoreEntry(rules.ignore_entries(), verdict.path, sKey)) {
+            verdict.ignored = true;
+            verdict.ignore_entry = *entry;
+            return verdict;
+        }
     }
-    if (rules.safe_scan && !HasKnownFileExtension(path)) {
-        return false;
+    if (rules.safe_scan && !HasKnownFileExtension(verdict.path)) {
+        verdict.unknown_extension = true;
+        return verdict;
     }
-    return path != kRejected;
+    verdict.listed = verdict.path != kRejected;
+    return verdict;
+}
+
+bool IsListedFinding(const FindingRules& rules, std::string_view sKey, std::string_view sValue) {
+    return JudgeFinding(rules, sKey, sValue).listed;
 }
 
 }  // namespace regvex::scan

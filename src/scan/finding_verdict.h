@@ -24,6 +24,10 @@ bool HasKnownFileExtension(std::string_view path);
 bool IsIgnored(std::span<const std::string> ignore_entries, std::string_view path,
                std::string_view key);
 
+// The first entry that does so, or null.
+const std::string* FindIgnoreEntry(std::span<const std::string> ignore_entries,
+                                   std::string_view path, std::string_view key);
+
 // The ignore entries, asked for once for each match whose file is missing, at the moment
 // the verdict needs them: the program reads them from its ignore window's list each time.
 using IgnoreEntries = std::function<std::span<const std::string>()>;
@@ -37,6 +41,19 @@ struct FindingRules {
     IgnoreEntries ignore_entries;  // none when empty
     bool safe_scan = false;
 };
+
+// The decision and each step of it. Steps after the one that decided were not taken.
+struct FindingVerdict {
+    std::string path;  // ValidatePath's answer
+    bool exists = false;
+    bool ignored = false;
+    std::string ignore_entry;        // the entry that covers it, when ignored
+    bool unknown_extension = false;  // the restricted scan drops it
+    bool listed = false;
+};
+
+FindingVerdict JudgeFinding(const FindingRules& rules, std::string_view sKey,
+                            std::string_view sValue);
 
 // Cuts the path out of the value's text and decides: a path that exists is not listed,
 // nor one that an ignore entry covers, nor (in the restricted scan) one without a known

@@ -139,6 +139,30 @@ std::string UpperCase(std::string_view text) {
     return out;
 }
 
+std::size_t OffsetBeforeUpperCase(std::string_view text, std::size_t upper_offset) {
+    // Walks the text as UpperCaseInto writes it, counting the bytes written.
+    std::size_t pos = 0;
+    std::size_t written = 0;
+    while (pos < text.size() && written < upper_offset) {
+        if (static_cast<unsigned char>(text[pos]) < 0x80) {
+            ++pos;
+            ++written;
+            continue;
+        }
+        const std::size_t start = pos;
+        const char32_t code_point = DecodeUtf8(text, pos);
+        const char32_t upper = UpperCaseCodePoint(code_point);
+        if (upper == code_point) {
+            written += pos - start;
+        } else {
+            std::string encoded;
+            AppendUtf8(encoded, upper);
+            written += encoded.size();
+        }
+    }
+    return pos;
+}
+
 bool NonAsciiTextCanMatch(std::string_view upper_needle) {
     return !IsAscii(upper_needle) ||
            upper_needle.find_first_of(kAsciiImagesOfNonAscii) != std::string_view::npos;

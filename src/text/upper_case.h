@@ -18,6 +18,11 @@ std::string UpperCase(std::string_view text);
 // The same, into a caller's buffer (hot paths reuse one buffer).
 void UpperCaseInto(std::string_view text, std::string& out);
 
+// The offset in `text` at which the upper-cased text has `upper_offset` bytes: the two
+// differ where a character changes its length in bytes (dotless i, long s). An offset
+// inside a character gives the end of that character; one past the end gives the size.
+std::size_t OffsetBeforeUpperCase(std::string_view text, std::size_t upper_offset);
+
 // The ASCII letters that some non-ASCII letter upper-cases to (dotless i, long s).
 inline constexpr std::string_view kAsciiImagesOfNonAscii = "IS";
 

@@ -80,6 +80,8 @@ class MainView {
     virtual void ScaleForm(double ratio_x, double ratio_y, bool size_window) = 0;
     virtual void LayOut() = 0;
     virtual void ShowAbout() = 0;
+    // "Info On This Item" with the explanation of one finding (lines ended by '\n').
+    virtual void ShowInfo(const std::string& explanation) = 0;
     virtual void Close() = 0;
     // A scan changes its texts and rows far more often than they can be drawn: from its
     // first pause on, the window shows them at its pauses, a few times a second.
@@ -148,6 +150,9 @@ class frmMain final : private SearchHost, private SearchEvents {
     void Regedit_View_Click();
     // The search for a missing file (frm_main_search.cpp).
     void mnuSearch_Click();
+    // "Info On This Item" (frm_main_info.cpp), also a double-click or Enter on a result.
+    void mnuInfo_Click();
+    void lvwRegErrors_DblClick();
 
     bool SafeScan() const { return bSafeScan_; }
 

@@ -138,6 +138,10 @@ void frmMain::cReg_SearchFound(std::string_view sRootKey, std::string_view sKey,
         }
         c_.lvwRegErrors.AddRow(
             {status, std::string(sRootKey), std::string(sKey), std::string(sValue)});
+        // Where the key ends in the subkey column: a value's name may hold backslashes.
+        if (cReg) {
+            c_.lvwRegErrors.SetTag(c_.lvwRegErrors.RowCount() - 1, cReg->FoundKeyPath());
+        }
         AutoSizeListColumns(c_.lvwRegErrors);
         const std::string found = ErrorsFound(c_.lvwRegErrors.RowCount());
         c_.form.SetCaption(text::Concat({ProgramTitleAndVersion(), " ", found}));

@@ -82,6 +82,9 @@ void MainWindow::OnCommand(int id, int code) {
         case kMenuSearch:
             form_->mnuSearch_Click();
             break;
+        case kMenuInfo:
+            form_->mnuInfo_Click();
+            break;
         case kMenuRegeditView:
             form_->Regedit_View_Click();
             break;
@@ -121,10 +124,28 @@ void MainWindow::OnNotify(const NMHDR& notification) {
         } else if (notification.hwndFrom == backups_.hwnd()) {
             ShowContextMenu(menus_.restore_context.get());
         }
+    } else if ((notification.code == NM_DBLCLK || notification.code == NM_RETURN) &&
+               notification.hwndFrom == errors_.hwnd()) {
+        OnResultActivated(notification);
     } else if (notification.code == HDN_ENDTRACKW || notification.code == HDN_ITEMCHANGEDW) {
         errors_.UpdateColumnTips();
         backups_.UpdateColumnTips();
     }
+}
+
+void MainWindow::OnResultActivated(const NMHDR& notification) {
+    if (notification.code == NM_DBLCLK) {
+        // Only a double-click on a row's text; one on its check box, which the list takes
+        // as two clicks of the box, or on the empty space below the rows, is none.
+        const auto& activated = reinterpret_cast<const NMITEMACTIVATE&>(notification);
+        LVHITTESTINFO hit{};
+        hit.pt = activated.ptAction;
+        if (ListView_SubItemHitTest(errors_.hwnd(), &hit) < 0 ||
+            (hit.flags & LVHT_ONITEMSTATEICON) != 0) {
+            return;
+        }
+    }
+    form_->lvwRegErrors_DblClick();
 }
 
 LRESULT MainWindow::ColorStatic(HDC dc, HWND control) {

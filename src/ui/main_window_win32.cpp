@@ -317,6 +317,14 @@ void MainWindow::ShowSearch(search::MissingFile missing) {
     search_->ShowModal(hwnd(), std::move(missing));
 }
 
+void MainWindow::ShowInfo(const std::string& explanation) {
+    if (!info_) {
+        info_ = std::make_unique<info::Win32InfoBox>(info::Win32InfoBox::Dependencies{
+            services_.dialogs, state_.theme, [this] { SetActiveWindow(hwnd()); }});
+    }
+    info_->ShowModal(hwnd(), explanation);
+}
+
 void MainWindow::ScanPaused() {
     const auto now = Pace::Clock::now();
     form_window_.caption().AtPause(now);

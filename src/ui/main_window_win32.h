@@ -15,6 +15,7 @@
 #include "ui/base/window_kit_win32.h"
 #include "ui/check_list_control_win32.h"
 #include "ui/frm_main.h"
+#include "ui/info/frm_info_win32.h"
 #include "ui/main_menus_win32.h"
 #include "ui/search/frm_search_win32.h"
 #include "ui/taskpane/task_pane_win32.h"
@@ -64,6 +65,7 @@ class MainWindow final : public MainView, public WindowImpl {
     void ScaleForm(double ratio_x, double ratio_y, bool size_window) override;
     void LayOut() override;
     void ShowAbout() override;
+    void ShowInfo(const std::string& explanation) override;
     void Close() override;
     void ScanPaused() override;
     void ShowHeldBack() override;
@@ -74,6 +76,8 @@ class MainWindow final : public MainView, public WindowImpl {
     void CreateControls();
     void OnCommand(int id, int code);
     void OnNotify(const NMHDR& notification);
+    // A double-click or Enter on a row of the results.
+    void OnResultActivated(const NMHDR& notification);
     void OnClose();
     void ShowContextMenu(HMENU menu);
     LRESULT ColorStatic(HDC dc, HWND control);
@@ -104,6 +108,7 @@ class MainWindow final : public MainView, public WindowImpl {
     std::unique_ptr<frmMain> form_;
     std::unique_ptr<about::Win32AboutBox> about_;
     std::unique_ptr<search::Win32SearchWindow> search_;
+    std::unique_ptr<info::Win32InfoBox> info_;
 };
 
 }  // namespace regvex::ui

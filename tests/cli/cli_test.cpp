@@ -141,6 +141,52 @@ TEST(Cli, HostileNamesAndDataAreShownEscapedOnOneLine) {
               "\t"
               R"(C:\\a.exe\x0a\x09\x1b[2J\xc2\x9b)"
               "\n");
+
+    // Explained, every outside text stays escaped and the mark stands under the path as
+    // shown, its backslash doubled.
+    const CliRun explained = RunWith({"scan", "--drive", "C:", "--registry", file, "--map",
+                                      "C:=" + folder.path().string(), "--explain"});
+    EXPECT_EQ(explained.exit_code, kExitOk) << explained.err;
+    EXPECT_EQ(explained.out.find_first_of("\x07\x1b\t"), std::string::npos) << explained.out;
+    EXPECT_NE(explained.out.find("Value:       v\\x1b]0;owned\\x07\n"
+                                 "Type:        REG_SZ\n"
+                                 "Data:        C:\\\\a.exe\\x0a\\x09\\x1b[2J\\xc2\\x9b\n"
+                                 "             ^^^^^^^^^\n"),
+              std::string::npos)
+        << explained.out;
+}
+
+TEST(Cli, ExplainsFindingsOfAWinePrefixWithTheFolderThatIsItsDrive) {
+    testing::TempFolder prefix;
+    std::filesystem::create_directories(prefix.path() / "drive_c" / "App");
+    std::filesystem::create_directories(prefix.path() / "dosdevices");
+    std::error_code error;
+    std::filesystem::create_directory_symlink("../drive_c",
+                                              prefix.path() / "dosdevices" / "c:", error);
+    if (error) {
+        GTEST_SKIP() << "no symbolic link for the prefix's drive: " << error.message();
+    }
+    const auto write = [&](const char* name, const std::string& text) {
+        std::ofstream(prefix.path() / name, std::ios::binary) << text;
+    };
+    const std::string header = "WINE REGISTRY Version 2\n;; All keys relative to REGISTRY\\\\";
+    write("system.reg", header +
+                            "Machine\n\n#arch=win64\n\n[Software\\\\Vendor] 1\n"
+                            "\"Run\"=\"\\\"C:\\\\App\\\\gone.exe\\\" /x\"\n");
+    write("user.reg", header + "User\\\\S-1-5-21-0-0-0-1000\n\n");
+    write("userdef.reg", header + "User\\\\.Default\n\n");
+    const CliRun run =
+        RunWith({"scan", "--drive", "C:", "--wine-prefix", prefix.path().string(), "--explain"});
+    EXPECT_EQ(run.exit_code, kExitOk) << run.err;
+    for (const std::string& line :
+         std::vector<std::string>{"Key:         Software\\\\Vendor\n",
+                                  "Data:        \"C:\\\\App\\\\gone.exe\" /x\n"
+                                  "              ^^^^^^^^^^^^^^^^^\n",
+                                  "Drive:       C:\\\\ (the folder " +
+                                      VisibleText((prefix.path() / "dosdevices" / "c:").string()),
+                                  "the nearest folder that exists is C:\\\\APP\\\\\n"}) {
+        EXPECT_NE(run.out.find(line), std::string::npos) << line << "\n" << run.out;
+    }
 }
 
 TEST(Cli, BadInvocationsExplainThemselvesAndExitWithTwo) {
@@ -183,6 +229,10 @@ TEST(Cli, BadInvocationsExplainThemselvesAndExitWithTwo) {
         {{"scan", "--drive", "C:", "--windows", kFixtures}, "is not the root of a Windows"},
         {{"scan", "--drive", "C:", "--windows", "/no/such"}, "\"/no/such\" is not a folder"},
         {{"scan", "--drive", "C:", "--format", "xml"}, "--format takes tsv or json"},
+        {{"scan", "--drive", "C:", "--explain", "--format", "json"}, "--explain writes text"},
+        {{"fix", "--drive", "C:", "--explain"}, "--explain belongs to scan"},
+        {{"fix", "--drive", "C:", "--wine-prefix", kFixtures, "--explain"},
+         "--explain belongs to scan"},
         {{"export", "--registry", reg, "--key", "HKEY_NOWHERE\\x"}, "--key starts with a root"},
         {{"export", "--registry", reg, "--key", "HKEY_CURRENT_USER\\Nothing"}, "there is no key"},
     };

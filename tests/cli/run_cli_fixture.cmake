@@ -20,6 +20,20 @@ if(NOT err STREQUAL "12 errors found\n")
     message(FATAL_ERROR "standard error: ${err}")
 endif()
 
+# The same findings explained, each in its block; the drive's folder is the fixture's.
+execute_process(
+    COMMAND ${EMULATOR} ${CLI} scan --drive C: --registry ${FIXTURES}/cli/scan_examples.reg
+            --map C:=${FIXTURES}/cli/drive_c --explain
+    OUTPUT_VARIABLE out
+    ERROR_VARIABLE err
+    RESULT_VARIABLE code)
+string(REPLACE "\r" "" out "${out}")
+string(REPLACE "${FIXTURES}/cli/drive_c" "DRIVE_C" out "${out}")
+file(READ ${FIXTURES_NATIVE}/cli/scan_examples.explain.expected expected)
+if(NOT code EQUAL 0 OR NOT out STREQUAL expected)
+    message(FATAL_ERROR "explained: exit code ${code}\n${err}\n${out}\nexpected:\n${expected}")
+endif()
+
 # Findings that cannot be written are not a clean scan.
 if(EXISTS /dev/full)
     execute_process(

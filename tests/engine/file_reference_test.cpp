@@ -52,6 +52,38 @@ TEST(ValidatePath, CutsOnePlainFilePathOrRejects) {
     }
 }
 
+TEST(ExtractPath, MarksThePartOfTheTextThePathCameFrom) {
+    const struct {
+        const char* text;
+        bool names_drive;
+        std::size_t start, length;
+        const char* cut;
+        const char* path;
+    } cases[] = {
+        {"\"C:\\Program Files\\App\\app.exe\" /start", true, 1, 28,
+         "C:\\PROGRAM FILES\\APP\\APP.EXE", "C:\\PROGRAM FILES\\APP\\APP.EXE"},
+        {"C:\\App\\app.exe,0", true, 0, 14, "C:\\APP\\APP.EXE", "C:\\APP\\APP.EXE"},
+        // "%1" lies inside the part, though the path drops it.
+        {"C:\\App\\x.ini%1", true, 0, 14, "C:\\APP\\X.INI", "C:\\APP\\X.INI"},
+        // Dotless i and long s upper-case to one byte from two: places are in the text given.
+        {"\xC4\xB1\xC4\xB1 C:\\a.exe", true, 5, 8, "C:\\A.EXE", "C:\\A.EXE"},
+        {"C:\\\xC5\xBF.exe x", true, 0, 9, "C:\\S.EXE", "C:\\S.EXE"},
+        {"C:\\Win\\rundll32.exe C:\\Win\\x.dll,Entry", true, 0, 19, "C:\\WIN\\RUNDLL32.EXE",
+         "Rejected"},
+        {"C:\\x\\y.dat:z", true, 0, 1, "C", "Rejected"},
+        {"D:\\App\\app.exe", false, 0, 0, "C:\\", "Rejected"},
+    };
+    for (const auto& c : cases) {
+        const PathExtraction x = ExtractPath(c.text, "C:\\");
+        EXPECT_EQ(x.names_drive, c.names_drive) << c.text;
+        EXPECT_EQ(x.start, c.start) << c.text;
+        EXPECT_EQ(x.length, c.length) << c.text;
+        EXPECT_EQ(x.cut, c.cut) << c.text;
+        EXPECT_EQ(x.path, c.path) << c.text;
+        EXPECT_EQ(x.path, ValidatePath(c.text, "C:\\")) << c.text;
+    }
+}
+
 TEST(ValidatePath, HelpersSplitTheWholeText) {
     const struct {
         const char* path;

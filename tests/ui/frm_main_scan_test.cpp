@@ -246,5 +246,39 @@ TEST_F(MainScanTest, TheCurrentKeyIsRepaintedTenTimesASecondAndNotAfterMidnight)
     }
 }
 
+TEST_F(MainScanTest, InfoExplainsTheSelectedRowAndAsksForARowWithoutOne) {
+    // A value name may hold a backslash: the row remembers where its key ends.
+    PutString(rig.registry, kHkeyCurrentUser, "Software\\E", "x\\y", "C:\\E\\e.exe");
+    rig.files.present.insert("C:\\");
+    rig.main.mnuInfo_Click();
+    rig.main.cmdStartStop_Click();
+    ASSERT_EQ(rig.errors.RowCount(), 4);
+    rig.errors.selected = 0;
+    rig.main.mnuInfo_Click();
+    rig.errors.selected = 3;
+    rig.main.lvwRegErrors_DblClick();
+
+    EXPECT_EQ(rig.dialogs.Prompts(),
+              (std::vector<std::string>{"Please select an item in the list of results first, then "
+                                        "choose \"Info On This Item\" again."}));
+    ASSERT_EQ(rig.view.infos.size(), 2u);
+    const struct {
+        const std::string& text;
+        std::vector<std::string> lines;
+    } cases[] = {
+        {rig.view.infos[0],
+         {"Key:         Software\\A\nValue:       app\nType:        REG_SZ\n",
+          "C:\\A\\APP.EXE was not found;\n             the nearest folder that exists is C:\\\n"}},
+        {rig.view.infos[1], {"Key:         Software\\E\nValue:       x\\y\nType:        REG_SZ\n"}},
+    };
+    for (const auto& c : cases) {
+        for (const std::string& line : c.lines) {
+            EXPECT_NE(c.text.find(line), std::string::npos) << line << "\n" << c.text;
+        }
+    }
+    // The ignore list was read as the scan reads it, and put away again.
+    EXPECT_FALSE(rig.ignore.loaded);
+}
+
 }  // namespace
 }  // namespace regvex::ui

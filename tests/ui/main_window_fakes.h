@@ -102,6 +102,7 @@ class RecordingView final : public ui::MainView {
     }
     void LayOut() override { calls.push_back("layout"); }
     void ShowAbout() override { calls.push_back("about"); }
+    void ShowInfo(const std::string& explanation) override { infos.push_back(explanation); }
     void Close() override { calls.push_back("close"); }
     void ScanPaused() override { ++pauses; }
     void ShowHeldBack() override { calls.push_back("show held back"); }
@@ -116,6 +117,7 @@ class RecordingView final : public ui::MainView {
     std::vector<std::string> calls;
     std::vector<ui::TaskPaneGroup> pane;
     std::vector<Scale> scales;
+    std::vector<std::string> infos;
     int pauses = 0;
     std::vector<ui::search::MissingFile> searches;
 };
