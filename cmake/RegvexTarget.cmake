@@ -21,8 +21,9 @@ function(regvex_configure_target target)
     if(WIN32)
         # The programs must run on a bare Windows: no mingw runtime DLLs beside them.
         target_link_options(${target} PUBLIC -static -static-libgcc -static-libstdc++)
-        # No link time in the headers: the same commit gives the same executables.
-        target_link_options(${target} PUBLIC -Wl,--no-insert-timestamp)
+        # No link time in the headers: the same commit gives the same executables. Release
+        # builds are stripped by the linker, since strip would stamp the time again.
+        target_link_options(${target} PUBLIC -Wl,--no-insert-timestamp $<$<CONFIG:Release>:-s>)
     endif()
 endfunction()
 
