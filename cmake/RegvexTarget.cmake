@@ -21,6 +21,9 @@ function(regvex_configure_target target)
     if(WIN32)
         # The programs must run on a bare Windows: no mingw runtime DLLs beside them.
         target_link_options(${target} PUBLIC -static -static-libgcc -static-libstdc++)
+        # No link time in the headers: the same commit gives the same executables. Release
+        # builds are stripped by the linker, since strip would stamp the time again.
+        target_link_options(${target} PUBLIC -Wl,--no-insert-timestamp $<$<CONFIG:Release>:-s>)
     endif()
 endfunction()
 
@@ -29,4 +32,13 @@ function(regvex_configure_win32_target target)
     regvex_configure_target(${target})
     target_compile_definitions(${target} PRIVATE
         UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601)
+endfunction()
+
+# The version resource of a Windows executable named NAME.exe, described as DESCRIPTION.
+function(regvex_add_version_info target name description)
+    set(REGVEX_INTERNAL_NAME ${name})
+    set(REGVEX_FILE_DESCRIPTION ${description})
+    set(rc ${CMAKE_CURRENT_BINARY_DIR}/generated/${name}_version.rc)
+    configure_file(${PROJECT_SOURCE_DIR}/cmake/version_info.rc.in ${rc})
+    target_sources(${target} PRIVATE ${rc})
 endfunction()

@@ -17,6 +17,9 @@ namespace regvex::ui::about {
 
 inline constexpr std::string_view kAboutDescription =
     "A program to scan your registry and remove invalid entries";
+// The program's licence, whose text lies beside the program.
+inline constexpr std::string_view kAboutLicence =
+    "Free software under the MIT License: see the file LICENSE";
 inline constexpr std::string_view kAboutLinkCaption = "Registry Vexlor WebSite";
 inline constexpr std::string_view kAboutOkCaption = "OK";
 inline constexpr std::string_view kAboutSysInfoCaption = "&System Info...";

@@ -21,7 +21,7 @@ const WindowClass kAboutClass{L"RegvexlorAboutBox", ButtonFaceBrush()};
 constexpr wchar_t kIconResource[] = L"AAA";
 
 // The box as designed, in pixels at 96 dots per inch; ResizeAbout scales it to the screen.
-constexpr SIZE kDesignClient{420, 192};
+constexpr SIZE kDesignClient{420, 212};
 constexpr int kDesignFontHeight = -11;  // Tahoma 8 points
 constexpr int kTitleFontHeight = -24;   // Arial 18 points
 constexpr int kDesignIconSize = 48;
@@ -53,27 +53,34 @@ constexpr ChildControl kControls[] = {
      0,
      {80, 70, 324, 30},
      kBoxFont},
+    {kIdAboutLicence,
+     L"STATIC",
+     kAboutLicence,
+     SS_LEFT | SS_NOPREFIX,
+     0,
+     {80, 104, 324, 16},
+     kBoxFont},
     {kIdAboutLink,
      L"STATIC",
      kAboutLinkCaption,
      SS_LEFT | SS_NOPREFIX | SS_NOTIFY,
      0,
-     {80, 106, 0, kLinkHeight},
+     {80, 126, 0, kLinkHeight},
      kLinkFont},
-    {kIdAboutLine, L"STATIC", "", SS_ETCHEDHORZ, 0, {16, 138, 388, 2}, kNoFont},
+    {kIdAboutLine, L"STATIC", "", SS_ETCHEDHORZ, 0, {16, 158, 388, 2}, kNoFont},
     {kIdAboutOk,
      L"BUTTON",
      kAboutOkCaption,
      WS_TABSTOP | BS_DEFPUSHBUTTON,
      0,
-     {316, 152, 88, 26},
+     {316, 172, 88, 26},
      kBoxFont},
     {kIdAboutSysInfo,
      L"BUTTON",
      kAboutSysInfoCaption,
      WS_TABSTOP | BS_PUSHBUTTON,
      0,
-     {204, 152, 104, 26},
+     {204, 172, 104, 26},
      kBoxFont},
 };
 

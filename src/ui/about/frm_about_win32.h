@@ -27,6 +27,7 @@ enum AboutControlId : int {
     kIdAboutLink,
     kIdAboutLine,
     kIdAboutSysInfo,
+    kIdAboutLicence,
 };
 
 class Win32AboutBox final : private AboutView, private WindowImpl {

@@ -132,8 +132,8 @@ TEST_F(AboutBoxTest, OpensModalOverItsOwnerAndClosesOnOk) {
     LOGFONTW label{};
     ShowAndThen([&](HWND shown) {
         caption = WindowTextOf(shown);
-        for (int id : {kIdAboutTitle, kIdAboutVersion, kIdAboutDescription, kIdAboutLink,
-                       kIdAboutSysInfo, kIdAboutOk}) {
+        for (int id : {kIdAboutTitle, kIdAboutVersion, kIdAboutDescription, kIdAboutLicence,
+                       kIdAboutLink, kIdAboutSysInfo, kIdAboutOk}) {
             texts.push_back(WindowTextOf(GetDlgItem(shown, id)));
         }
         owner_enabled = IsWindowEnabled(owner.get()) != FALSE;
@@ -151,6 +151,7 @@ TEST_F(AboutBoxTest, OpensModalOverItsOwnerAndClosesOnOk) {
                   "Registry Vexlor",
                   "Version " + std::to_string(kVersionMajor) + "." + std::to_string(kVersionMinor),
                   "A program to scan your registry and remove invalid entries",
+                  "Free software under the MIT License: see the file LICENSE",
                   "Registry Vexlor WebSite", "&System Info...", "OK"}));
     EXPECT_FALSE(owner_enabled);
     EXPECT_TRUE(has_picture);
