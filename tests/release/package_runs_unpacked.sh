@@ -3,11 +3,14 @@
 # (nothing of the build tree in reach), runs the command line from there and then the
 # program, and saves screenshots of the program and its About box (to SHOTS, default
 # build/screenshots). Checks that both executables name the zip's version: in their
-# version resources, in `--version` and in the window caption.
+# version resources, in `--version` and in the window caption. Last, the whole
+# screenshot tour (scripts/screenshot) runs the zip's program in a prefix of its own:
+# both Repair items, Fix, the backups page and the other windows.
 #
 # usage: package_runs_unpacked.sh dist/RegistryVexlor-VERSION-win64.zip [SHOTS]
 set -euo pipefail
 cd "$(dirname "$0")/../.."
+repo=$PWD
 source scripts/wine-env
 
 zip=$(realpath "$1")
@@ -85,3 +88,7 @@ sleep 1
 import -window root "$shots/package-about-box.png"
 echo "regvexlor.exe runs from C:\\$name; screenshots: $shots/package-main-window.png," \
     "$shots/package-about-box.png"
+
+wineserver -k 2>/dev/null || true
+cd "$repo"
+scripts/screenshot "$zip"
