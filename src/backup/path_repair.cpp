@@ -1,7 +1,7 @@
 #include "backup/path_repair.h"
 
-#include <cstring>
 #include <exception>
+#include <string_view>
 
 #include "backup/backup_file.h"
 #include "text/concat.h"
@@ -27,10 +27,8 @@ std::optional<ValueName> SplitValuePath(std::string_view path) {
 }
 
 std::string FirstString(std::span<const std::uint8_t> data) {
-    const auto* bytes = reinterpret_cast<const char*>(data.data());
-    const void* nul = std::memchr(bytes, 0, data.size());
-    return std::string(bytes, nul != nullptr ? static_cast<const char*>(nul) - bytes
-                                             : static_cast<std::ptrdiff_t>(data.size()));
+    const std::string_view text(reinterpret_cast<const char*>(data.data()), data.size());
+    return std::string(text.substr(0, text.find('\0')));
 }
 
 std::string StatusText(RegStatus status) {
