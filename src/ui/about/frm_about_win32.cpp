@@ -145,38 +145,11 @@ void Win32AboutBox::ShowModal(HWND owner) {
     SetForegroundWindow(box);
     SetFocus(GetDlgItem(box, kIdAboutOk));
 
-    bool quit = false;
-    WPARAM quit_code = 0;
-    MSG message;
-    while (hwnd() != nullptr) {
-        const BOOL got = GetMessageW(&message, nullptr, 0, 0);
-        if (got == 0) {
-            quit = true;
-            quit_code = message.wParam;
-            break;
-        }
-        if (got == -1) {
-            break;
-        }
-        const HWND current = hwnd();
-        if (current == nullptr || !IsDialogMessageW(current, &message)) {
-            TranslateMessage(&message);
-            DispatchMessageW(&message);
-        }
-    }
-
+    const std::optional<int> quit_code = RunModalLoop([this] { return hwnd(); });
     const bool reenable = shown_->owner_was_enabled;
     // The program is ending when the loop ends without a close: no call on the main window.
     Destroy();
-    if (owner != nullptr && IsWindow(owner)) {
-        if (reenable) {
-            EnableWindow(owner, TRUE);
-        }
-        SetActiveWindow(owner);
-    }
-    if (quit) {
-        PostQuitMessage(static_cast<int>(quit_code));
-    }
+    ReturnToOwner(owner, reenable, quit_code);
 }
 
 void Win32AboutBox::Load(HWND owner) {

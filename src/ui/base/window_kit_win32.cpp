@@ -109,4 +109,35 @@ void CentreOnOwner(HWND window, HWND owner) {
                  SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
+std::optional<int> RunModalLoop(const std::function<HWND()>& window) {
+    MSG message;
+    while (window() != nullptr) {
+        const BOOL got = GetMessageW(&message, nullptr, 0, 0);
+        if (got == 0) {
+            return static_cast<int>(message.wParam);
+        }
+        if (got == -1) {
+            break;
+        }
+        const HWND current = window();
+        if (current == nullptr || !IsDialogMessageW(current, &message)) {
+            TranslateMessage(&message);
+            DispatchMessageW(&message);
+        }
+    }
+    return std::nullopt;
+}
+
+void ReturnToOwner(HWND owner, bool reenable, std::optional<int> quit_code) {
+    if (owner != nullptr && IsWindow(owner)) {
+        if (reenable) {
+            EnableWindow(owner, TRUE);
+        }
+        SetActiveWindow(owner);
+    }
+    if (quit_code) {
+        PostQuitMessage(*quit_code);
+    }
+}
+
 }  // namespace regvex::ui

@@ -14,6 +14,8 @@
 
 #include <windows.h>
 
+#include <functional>
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -106,5 +108,13 @@ void CreateChildControls(HWND parent, std::span<const ChildControl> controls,
 // Puts the window in the middle of its owner, or of the screen's work area when the
 // owner is missing, hidden or minimised.
 void CentreOnOwner(HWND window, HWND owner);
+
+// A modal window's own message loop, with the dialog keys: runs while `window()` names a
+// window. A WM_QUIT ends it early, and its exit code is answered, to be posted again once
+// the window is gone.
+std::optional<int> RunModalLoop(const std::function<HWND()>& window);
+// After a modal window is gone: its owner enabled again (when it was enabled before) and
+// active, and the quit the loop took posted again.
+void ReturnToOwner(HWND owner, bool reenable, std::optional<int> quit_code);
 
 }  // namespace regvex::ui

@@ -204,36 +204,10 @@ void Win32SearchWindow::ShowModal(HWND owner, MissingFile missing) {
     UpdateWindow(window);
 
     RunHandler(&frmSearch::RunSearch);
-    bool quit = false;
-    WPARAM quit_code = 0;
-    MSG message;
-    while (hwnd() != nullptr) {
-        const BOOL got = GetMessageW(&message, nullptr, 0, 0);
-        if (got == 0) {
-            quit = true;
-            quit_code = message.wParam;
-            break;
-        }
-        if (got == -1) {
-            break;
-        }
-        const HWND current = hwnd();
-        if (current == nullptr || !IsDialogMessageW(current, &message)) {
-            TranslateMessage(&message);
-            DispatchMessageW(&message);
-        }
-    }
+    const std::optional<int> quit_code = RunModalLoop([this] { return hwnd(); });
     const bool reenable = shown_ != nullptr && shown_->owner_was_enabled;
     Destroy();
-    if (owner != nullptr && IsWindow(owner)) {
-        if (reenable) {
-            EnableWindow(owner, TRUE);
-        }
-        SetActiveWindow(owner);
-    }
-    if (quit) {
-        PostQuitMessage(static_cast<int>(quit_code));
-    }
+    ReturnToOwner(owner, reenable, quit_code);
 }
 
 void Win32SearchWindow::Load(HWND owner, MissingFile missing) {
